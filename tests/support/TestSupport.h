@@ -1,0 +1,49 @@
+#pragma once
+// Helpers shared by every test binary: paths to test data and the shared corpus, temporary
+// folders, and running the built scrivex binary as a user would.
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace lum::test {
+
+std::filesystem::path DataPath(const std::string& name);
+
+// The shared corpus of real-world PDFs, or nothing (tests then skip with a message).
+std::optional<std::filesystem::path> CorpusDir();
+
+std::string ReadFile(const std::filesystem::path& p);
+void WriteFile(const std::filesystem::path& p, const std::string& bytes);
+
+// A fresh folder under the system temp folder, removed with everything in it on destruction.
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+    const std::filesystem::path& path() const { return m_path; }
+    std::filesystem::path operator/(const std::string& name) const { return m_path / name; }
+
+private:
+    std::filesystem::path m_path;
+};
+
+struct RunResult {
+    int status = -1;       // exit status, or 128 + signal when killed by one
+    std::string out;       // standard output
+    std::string err;       // standard error
+    bool timed_out = false;
+};
+
+// Runs a program with the given arguments in `cwd`, feeding `input` to its standard input.
+RunResult Run(const std::string& program, const std::vector<std::string>& args,
+              const std::filesystem::path& cwd = {}, const std::string& input = {},
+              int timeout_seconds = 60);
+
+// Runs the built scrivex binary.
+RunResult RunScrivex(const std::vector<std::string>& args, const std::filesystem::path& cwd = {},
+                     const std::string& input = {}, int timeout_seconds = 60);
+
+}  // namespace lum::test
