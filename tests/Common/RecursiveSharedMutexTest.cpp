@@ -1,0 +1,146 @@
+#include "Common/RecursiveSharedMutex.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "Common/Exception.h"
+
+using lum::Common::Exception;
+using lum::Common::RecursiveSharedMutex;
+
+namespace {
+
+// Runs `f` on another thread and answers its result.
+template <class F>
+auto OnOtherThread(F f) {
+    decltype(f()) result{};
+    std::thread t([&] { result = f(); });
+    t.join();
+    return result;
+}
+
+TEST(RecursiveSharedMutex, NestedHoldsOfBothFormsKeepTheLockUntilTheLastRelease) {
+    RecursiveSharedMutex m;
+    m.lock();
+    m.lock_shared();  // a reader inside a writer only counts
+    m.lock();
+    EXPECT_EQ(m.GetWriteCount(), 2u);
+    EXPECT_EQ(m.GetReadCount(), 1u);
+    EXPECT_FALSE(OnOtherThread([&] { return m.try_lock_shared(); }));
+
+    m.unlock();
+    m.unlock_shared();
+    EXPECT_FALSE(OnOtherThread([&] { return m.try_lock(); }));
+    m.unlock();
+    EXPECT_EQ(m.GetWriteCount(), 0u);
+    EXPECT_TRUE(OnOtherThread([&] {
+        bool ok = m.try_lock();
+        if (ok) m.unlock();
+        return ok;
+    }));
+}
+
+TEST(RecursiveSharedMutex, ReadersShareAndBlockWriters) {
+    RecursiveSharedMutex m;
+    m.lock_shared();
+    m.lock_shared();
+    EXPECT_TRUE(OnOtherThread([&] {
+        bool ok = m.try_lock_shared();
+        if (ok) m.unlock_shared();
+        return ok;
+    }));
+    EXPECT_FALSE(OnOtherThread([&] { return m.try_lock(); }));
+    // A write request by a thread that already reads only raises its count.
+    EXPECT_TRUE(m.try_lock());
+    m.unlock();
+    m.unlock_shared();
+    m.unlock_shared();
+    EXPECT_TRUE(OnOtherThread([&] {
+        bool ok = m.try_lock();
+        if (ok) m.unlock();
+        return ok;
+    }));
+}
+
+TEST(RecursiveSharedMutex, UnlockWithoutMatchingHoldFails) {
+    struct Case {
+        const char* name;
+        void (*prepare)(RecursiveSharedMutex&);
+        void (*release)(RecursiveSharedMutex&);
+        const char* condition;
+        unsigned held_before;
+    };
+    const Case cases[] = {
+        {"unlock with nothing held", [](RecursiveSharedMutex&) {},
+         [](RecursiveSharedMutex& m) { m.unlock(); },
+         "m_lock_count.get() && m_lock_count->m_write_count", 0},
+        {"unlock while only reading", [](RecursiveSharedMutex& m) { m.lock_shared(); },
+         [](RecursiveSharedMutex& m) { m.unlock(); },
+         "m_lock_count.get() && m_lock_count->m_write_count", 1},
+        {"unlock_shared with nothing held", [](RecursiveSharedMutex&) {},
+         [](RecursiveSharedMutex& m) { m.unlock_shared(); },
+         "m_lock_count.get() && m_lock_count->m_read_count", 0},
+        {"unlock_shared while only writing", [](RecursiveSharedMutex& m) { m.lock(); },
+         [](RecursiveSharedMutex& m) { m.unlock_shared(); },
+         "m_lock_count.get() && m_lock_count->m_read_count", 1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        RecursiveSharedMutex m;
+        c.prepare(m);
+        try {
+            c.release(m);
+            ADD_FAILURE() << "no exception";
+        } catch (const Exception& e) {
+            EXPECT_EQ(e.GetCondition(), c.condition);
+        }
+        // The failed release changed nothing: the hold taken before is still intact.
+        EXPECT_EQ(m.GetReadCount() + m.GetWriteCount(), c.held_before);
+        if (m.GetReadCount()) m.unlock_shared();
+        if (m.GetWriteCount()) m.unlock();
+    }
+}
+
+TEST(RecursiveSharedMutex, CountsArePerThread) {
+    RecursiveSharedMutex m;
+    m.lock_shared();
+    // The other thread holds nothing, so its unlock must fail rather than steal our count.
+    EXPECT_TRUE(OnOtherThread([&] {
+        try {
+            m.unlock_shared();
+            return false;
+        } catch (const Exception&) {
+            return true;
+        }
+    }));
+    EXPECT_EQ(m.GetReadCount(), 1u);
+    m.unlock_shared();
+}
+
+TEST(RecursiveSharedMutex, WritersExcludeEachOtherUnderContention) {
+    RecursiveSharedMutex m;
+    std::atomic<int> inside{0};
+    std::atomic<bool> overlap{false};
+    long total = 0;
+    auto worker = [&] {
+        for (int i = 0; i < 2000; ++i) {
+            m.lock();
+            m.lock_shared();
+            if (inside.fetch_add(1) != 0) overlap = true;
+            ++total;
+            inside.fetch_sub(1);
+            m.unlock_shared();
+            m.unlock();
+        }
+    };
+    std::thread a(worker), b(worker);
+    a.join();
+    b.join();
+    EXPECT_FALSE(overlap.load());
+    EXPECT_EQ(total, 4000);
+}
+
+}  // namespace
