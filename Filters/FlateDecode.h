@@ -1,0 +1,36 @@
+#pragma once
+// Inflates zlib (or raw deflate) data. Forgiving: a truncated or corrupt stream delivers what
+// zlib could decode and then ends; a bad checksum changes nothing.
+//
+// Stream parameters: /FlateDecode and /Fl make `FlateDecode(std::move(chain))`; a /Predictor in
+// /DecodeParms adds a predictor stage on top (see Predictor.h).
+#include "Filters/Filter.h"
+
+typedef struct z_stream_s z_stream;
+
+namespace lum::Filters {
+
+class FlateDecode : public BufFilter {
+public:
+    // Output window size; larger than a typical page of text so that a stream usually passes
+    // in few windows, small enough to stay in cache.
+    static constexpr size_t kBufferSize = 16384;
+
+    // `raw`: deflate data without the zlib header and checksum.
+    explicit FlateDecode(std::unique_ptr<Filter> input, bool raw = false);
+    ~FlateDecode() override;
+
+    const char* GetName() const override { return "FlateDecode"; }
+    void Reset() override;
+
+protected:
+    size_t Process() override;
+
+private:
+    std::unique_ptr<z_stream> mp_zs;
+    bool m_raw;
+    bool m_ok = false;   // inflateInit2 succeeded
+    bool m_end = false;
+};
+
+}  // namespace lum::Filters
