@@ -23,6 +23,27 @@ inline constexpr std::int64_t kMaxPredictorBits = 32;
 
 // --- Objects and parser ---
 
+// Levels. Open arrays and dictionaries inside one value: the 1000th level fails. Parsing and
+// every walk of a value (destruction, cloning, hashing, comparing) recurse per level, so this
+// is what keeps a hostile "[[[[..." from exhausting the call stack.
+inline constexpr int kMaxNestingLevels = 1000;
+
+// Bytes. One token: a word, a name or a string. Tokens are otherwise bounded only by the
+// input, and the input of a content or object stream may be a decompression bomb; real
+// strings (even inline image data) stay far below this.
+inline constexpr std::size_t kMaxTokenBytes = std::size_t(256) << 20;
+
+// Elements. Values on one parser's operand stack, which holds the elements of every open
+// container. Each element costs a heap object, so a bomb of "0 0 0 ..." inside one array
+// would otherwise turn 1 GiB of text into tens of GiB of objects. Real arrays (page trees,
+// widths, cross-reference indexes) stay below a million.
+inline constexpr std::size_t kMaxOperandStack = std::size_t(8) << 20;
+
+// Objects. Pairs read from the head of one object stream (its N). Object numbers in a
+// rebuilt table stop at 2^20 and each pair needs a distinct number to be of use, so more
+// pairs than this can only be hostile; the rest of the head is ignored.
+inline constexpr std::int64_t kMaxObjStmObjects = std::int64_t(1) << 20;
+
 // --- Cross-reference and document store ---
 
 // --- Document, pages ---
