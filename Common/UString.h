@@ -31,18 +31,18 @@ void IMPL_LUM_UStringAssignAscii(UString& str, const char* buf, int buf_sz, Text
 
 class UString {
 public:
-    // The storage: the units followed by one 0 unit, so GetBuffer is always NUL-terminated.
     using Storage = std::vector<Unicode>;
 
     UString() noexcept = default;
     UString(const UString& other);
     UString(UString&& other) noexcept;
     explicit UString(const Unicode* value);           // NUL-terminated
-    UString(const Unicode* value, int length);         // exactly `length` units
+    UString(const Unicode* value, int length);         // `length` units; negative: NUL-terminated
     explicit UString(Unicode value);                   // one unit
     explicit UString(const wchar_t* value);            // a wide string of the platform
     explicit UString(const std::wstring& value);
     // Decodes bytes; a size of -1 means up to the first NUL where the encoding allows it.
+    // A null buffer raises, whatever the size.
     UString(const char* buf, int buf_sz, TextEncoding enc = enc_ascii);
     // An 8-bit string object is always UTF-8, its whole size (inner NULs included).
     explicit UString(const std::string& utf8);
@@ -97,7 +97,7 @@ public:
 
     // Bytes for a PDF text string: PDFDocEncoding when every unit has a byte there, else
     // FE FF and big-endian units. With out_buf null, answers the size needed; with a buffer,
-    // writes at most buf_sz bytes and answers the full size.
+    // writes the first buf_sz bytes at most and answers the count written.
     std::string ConvertToPDFText() const;
     int ConvertToPDFText(char* out_buf, int buf_sz) const;
 
@@ -115,8 +115,8 @@ private:
     Storage& Mutable();  // the owned storage, created on first need
 
     // A null pointer is the empty string: a fresh or moved-from handle costs no allocation.
+    // The storage is either empty or the units followed by one 0 unit.
     Storage* mp_impl = nullptr;
-    bool m_own = true;
 };
 
 // Writes the ConvertToAscii form.
