@@ -103,6 +103,8 @@ protected:
     // Replaces the owned buffer by a new one of `size` bytes (content not kept) and empties
     // the window.
     void AllocateBuffer(size_t size);
+    // base + offset for Seek, saturated so that hostile offsets can't overflow.
+    static Int64 SeekTarget(Int64 base, Int64 offset);
 
     bool m_is_input;
     bool m_owns_buffer;

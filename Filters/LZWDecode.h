@@ -42,7 +42,7 @@ private:
     int m_prev_code = -1;
     UInt32 m_bit_buf = 0;
     int m_bit_count = 0;
-    UInt8 m_str[kTableSize];
+    UInt8 m_str[kTableSize] = {};
     size_t m_str_len = 0;
     size_t m_str_pos = 0;
     bool m_first = true;

@@ -37,12 +37,10 @@ protected:
     size_t Process() override;
 
 private:
-    struct View {};
-    MemoryFilter(View, UInt8* buf, size_t size);
     void Grow(size_t new_size);
+    void ShowWholeBuffer();
 
-    Int64 m_limit = -1;  // bytes an input filter may still deliver, -1 for none
-    size_t m_high = 0;    // highest position written (output)
+    size_t m_high = 0;  // highest position written (output)
 };
 
 }  // namespace lum::Filters

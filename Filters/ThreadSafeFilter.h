@@ -40,7 +40,7 @@ private:
     explicit ThreadSafeFilter(std::shared_ptr<Shared> shared);
 
     std::shared_ptr<Shared> mp_shared;
-    UInt64 m_pos = 0;       // file position of the next unread byte of the buffer
+    UInt64 m_pos = 0;       // file position behind the current window
     Int64 m_limit = -1;     // bytes still to deliver, -1 for none
     size_t m_fill = 0;      // bytes in the buffer
     size_t m_read = 0;      // bytes of the buffer handed to windows
