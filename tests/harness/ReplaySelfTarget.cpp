@@ -17,12 +17,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         for (;;) pause();
     }
     if (in.rfind("grow ", 0) == 0) {
-        // Touch every page so the memory counts as resident.
+        // Megabyte by megabyte, as a parser that never stops would grow; every page is touched
+        // so the memory counts as resident.
         size_t mb = std::strtoul(in.c_str() + 5, nullptr, 10);
-        std::vector<char> block(mb << 20);
-        for (size_t i = 0; i < block.size(); i += 4096) block[i] = 1;
-        volatile char sink = block[block.size() / 2];
-        (void)sink;
+        std::vector<std::vector<char>> blocks;
+        for (size_t i = 0; i < mb; ++i) {
+            blocks.emplace_back(1 << 20, '\1');
+            usleep(1000);
+        }
     }
     if (in == "overread" && size > 0) {
         // One byte past the end: only caught when the driver hands over an exact-size copy.
