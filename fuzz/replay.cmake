@@ -10,6 +10,10 @@
 
 set(LUM_FUZZ_DIR ${CMAKE_SOURCE_DIR}/fuzz)
 file(GLOB LUM_REPLAY_SOURCES CONFIGURE_DEPENDS ${LUM_FUZZ_DIR}/*_fuzzer.cpp)
+# Targets that read whole PDF files also replay our own small test PDFs. The rule is the one
+# tools/fuzz-run uses: the name says so, or the source carries the marker line.
+file(GLOB LUM_REPLAY_PDFS CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/data/*.pdf)
+set(LUM_PDF_LEVEL_NAME "document|doc|pdf|xref|page|extract|text|sdf|repair|rebuild|trailer")
 
 foreach(src IN LISTS LUM_REPLAY_SOURCES)
   get_filename_component(target ${src} NAME_WE)
@@ -17,11 +21,16 @@ foreach(src IN LISTS LUM_REPLAY_SOURCES)
   add_executable(${name}_replay ${src} ${LUM_FUZZ_DIR}/StandaloneReplay.cpp)
   target_compile_options(${name}_replay PRIVATE ${LUM_WARNINGS})
   target_link_libraries(${name}_replay PRIVATE lum)
+  file(STRINGS ${src} marked REGEX "fuzz-run: pdf-seeds")
+  set(pdfs)
+  if(marked OR name MATCHES "${LUM_PDF_LEVEL_NAME}")
+    set(pdfs ${LUM_REPLAY_PDFS})
+  endif()
   # Seeds filed under the target's full name are accepted too; a missing folder is skipped.
   add_test(NAME fuzz_replay.${name}
     COMMAND ${name}_replay --timeout=25
       ${LUM_FUZZ_DIR}/seeds/${name} ${LUM_FUZZ_DIR}/seeds/${target}
-      ${LUM_FUZZ_DIR}/regressions/${name} ${LUM_FUZZ_DIR}/regressions/${target})
+      ${LUM_FUZZ_DIR}/regressions/${name} ${LUM_FUZZ_DIR}/regressions/${target} ${pdfs})
   set_tests_properties(fuzz_replay.${name} PROPERTIES TIMEOUT 300 LABELS fuzz_replay)
 endforeach()
 
