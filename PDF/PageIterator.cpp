@@ -1,0 +1,209 @@
+#include "PDF/PageIterator.h"
+
+#include <cmath>
+#include <cstring>
+#include <unordered_set>
+
+#include "Common/Exception.h"
+#include "Common/Limits.h"
+#include "PDF/PDFDoc.h"
+#include "SDF/Obj.h"
+
+namespace lum::PDF {
+
+using SDF::Obj;
+
+namespace {
+
+// Trees this large and flat are indexed directly when their Count agrees with their size.
+constexpr UInt64 kFlatTreeThreshold = 1000;
+
+// A lookup whose value can't be loaded counts as absent: one damaged entry must not end the
+// walk through the whole tree.
+Obj* SafeFind(Obj* dict, SDF::StaticName key) {
+    try {
+        return dict->FindObj(key);
+    } catch (const Common::Exception&) {
+        return nullptr;
+    }
+}
+
+// Kids of a node when it is an array, else null.
+Obj* KidsArray(Obj* node) {
+    Obj* kids = SafeFind(node, SDF::e_Kids);
+    try {
+        return kids && kids->IsArray() ? kids : nullptr;
+    } catch (const Common::Exception&) {
+        return nullptr;
+    }
+}
+
+// The truncated Count of an inner node; false when there is no usable one.
+bool NodeCount(Obj* node, double& count) {
+    Obj* c = SafeFind(node, SDF::e_Count);
+    try {
+        if (!c || !c->IsNumber()) return false;
+        count = std::trunc(c->GetNumber());
+    } catch (const Common::Exception&) {
+        return false;
+    }
+    return std::isfinite(count);
+}
+
+bool IsNamed(Obj* obj, const char* text) {
+    try {
+        return obj && obj->IsName() && std::strcmp(obj->GetName(), text) == 0;
+    } catch (const Common::Exception&) {
+        return false;
+    }
+}
+
+}  // namespace
+
+PageIterator::PageIterator() = default;
+
+PageIterator::PageIterator(PDFDoc* doc, Obj* root, Int32 page_number)
+    : mp_doc(doc), mp_root(root) {
+    m_stack.reserve(4);
+    Obj* page = Find(root, page_number);
+    if (!page) {
+        SetEnd();
+    } else {
+        m_page_number = page_number;
+        m_page = Page(page);
+    }
+}
+
+void PageIterator::SetEnd() {
+    m_page_number = 0;
+    m_page = Page(mp_root);
+}
+
+bool PageIterator::IsPageNode(Obj* dict) {
+    if (IsNamed(SafeFind(dict, SDF::e_Type), "Page")) return true;
+    if (SafeFind(dict, SDF::e_Kids)) return false;
+    return SafeFind(dict, SDF::e_Contents) || SafeFind(dict, SDF::e_Resources);
+}
+
+Obj* PageIterator::KidAt(Obj* kids, UInt32 i, Obj* parent) {
+    try {
+        Obj* kid = kids->GetAt(i);
+        if (kid && !(kid->IsIndirect() && kid->IsFree()) && kid->IsDict()) return kid;
+        return mp_doc->GetBlankPage();
+    } catch (const Common::Exception&) {
+    }
+    // The kid can't be read: put the blank page in its place, so that the numbering behind it
+    // stays intact and the next walk doesn't fail on it again.
+    Obj* blank = mp_doc->GetBlankPage();
+    try {
+        // Only a node of the table can be referred to; a direct one would be taken over.
+        if (parent->IsIndirect()) blank->Put(SDF::e_Parent, parent);
+        kids->Replace(i, blank);
+    } catch (const Common::Exception&) {
+    }
+    return blank;
+}
+
+bool PageIterator::OnPath(Obj* node) const {
+    Obj* direct = node->GetDirect();
+    for (const auto& entry : m_stack) {
+        if (entry.second == node || entry.second->GetDirect() == direct) return true;
+    }
+    return false;
+}
+
+Obj* PageIterator::Find(Obj* root, Int32 p) {
+    m_stack.clear();
+    if (p == 0) return nullptr;
+    Obj* kids = KidsArray(root);
+    if (!kids) {
+        // A document whose root node is really its one page.
+        if (p == 1 && IsNamed(SafeFind(root, SDF::e_Type), "Page")) return root;
+        LUM_FAIL("Page root is not valid.");
+    }
+    const UInt64 n = kids->Size();
+    double root_count = 0;
+    if (n > kFlatTreeThreshold && NodeCount(root, root_count) &&
+        root_count == static_cast<double>(n)) {
+        if (static_cast<UInt64>(p) > n || p < 0) return nullptr;
+        Obj* kid = KidAt(kids, static_cast<UInt32>(p - 1), root);
+        if (kid->IsDict() && IsPageNode(kid)) {
+            m_stack.emplace_back(static_cast<UInt32>(p - 1), root);
+            return kid;
+        }
+    }
+    double seen = 0;
+    Obj* node = root;
+    // The walk only ever goes down: each step either moves to the next kid or enters a node
+    // that is not on the path yet, and the path is capped, so it ends.
+    for (UInt64 i = 0; i < kids->Size(); ++i) {
+        Obj* kid = KidAt(kids, static_cast<UInt32>(i), node);
+        if (IsPageNode(kid)) {
+            seen += 1;
+            if (seen == p) {
+                m_stack.emplace_back(static_cast<UInt32>(i), node);
+                return kid;
+            }
+            continue;
+        }
+        double count = 0;
+        Obj* sub_kids = KidsArray(kid);
+        if (!sub_kids || !NodeCount(kid, count)) continue;  // counts for nothing
+        if (p > seen + count) {
+            seen += count;
+            continue;
+        }
+        // A node that is already on the path (a cycle in Kids), or one level too many, is
+        // passed over as if the page lay beyond it: the pages it claims are not found.
+        m_stack.emplace_back(static_cast<UInt32>(i), node);
+        if (node == kid || OnPath(kid) ||
+            m_stack.size() > static_cast<size_t>(Limits::kMaxPageTreeDepth)) {
+            m_stack.pop_back();
+            seen += count;
+            continue;
+        }
+        node = kid;
+        kids = sub_kids;
+        if (kids->Size() == 0) return nullptr;
+        i = static_cast<UInt64>(-1);  // the loop's increment starts the new node at kid 0
+    }
+    return nullptr;
+}
+
+PageIterator& PageIterator::operator++() {
+    LUM_CHECK(m_page.mp_leaf_node != 0 && m_page_number>0, "Invalid increment operation");
+    const Int32 page_count = mp_doc->GetPageCount();
+    // Inner nodes entered during this step: a tree that repeats an empty subtree many times
+    // over would otherwise cost a walk through every repetition.
+    std::unordered_set<Obj*> entered;
+    while (!m_stack.empty()) {
+        auto& [index, node] = m_stack.back();
+        Obj* kids = KidsArray(node);
+        const UInt32 next = index + 1;  // the sentinel of a fresh level wraps to kid 0
+        if (!kids || next >= kids->Size()) {
+            m_stack.pop_back();  // this level is done: climb
+            continue;
+        }
+        index = next;
+        Obj* kid = KidAt(kids, index, node);
+        if (IsPageNode(kid)) {
+            if (m_page_number >= page_count) break;
+            ++m_page_number;
+            m_page = Page(kid);
+            return *this;
+        }
+        Obj* sub_kids = KidsArray(kid);
+        if (!sub_kids || sub_kids->Size() == 0 || OnPath(kid) ||
+            m_stack.size() >= static_cast<size_t>(Limits::kMaxPageTreeDepth) ||
+            !entered.insert(kid->GetDirect()).second) {
+            continue;
+        }
+        // Descend: the pair's index is one before the first kid, which the next round takes.
+        m_stack.emplace_back(static_cast<UInt32>(-1), kid);
+    }
+    m_stack.clear();
+    SetEnd();
+    return *this;
+}
+
+}  // namespace lum::PDF

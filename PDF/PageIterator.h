@@ -1,0 +1,60 @@
+#pragma once
+// Finds pages in a page tree that is not trusted to be complete, consistent or well-typed.
+#include <utility>
+#include <vector>
+
+#include "Common/Types.h"
+#include "PDF/Page.h"
+
+namespace lum::SDF { class Obj; }
+
+namespace lum::PDF {
+
+class PDFDoc;
+
+class PageIterator {
+public:
+    // The path from the root to the current page: (index of the kid in the parent's Kids,
+    // the parent node), from the root down.
+    using Stack = std::vector<std::pair<UInt32, SDF::Obj*>>;
+
+    // The end iterator of no document.
+    PageIterator();
+    // Page `page_number` of the tree under `root`, or the end when there is no such page.
+    // Raises "Page root is not valid." when `root` has no Kids and is no page itself.
+    PageIterator(PDFDoc* doc, SDF::Obj* root, Int32 page_number);
+
+    Int32 GetPageNumber() const { return m_page_number; }
+    Page& Current() { return m_page; }
+    Page& operator*() { return m_page; }
+    Page* operator->() { return &m_page; }
+
+    // The next page without a fresh walk from the root; the end after the last one.
+    PageIterator& operator++();
+
+    bool operator==(const PageIterator& o) const {
+        return m_page_number == o.m_page_number && m_page == o.m_page;
+    }
+    bool operator!=(const PageIterator& o) const { return !(*this == o); }
+
+    // The leaf test: a dictionary typed Page, or an untyped one without Kids that has
+    // Contents or Resources. Lookups that fail count as absent.
+    static bool IsPageNode(SDF::Obj* dict);
+
+private:
+    // Walks from `root` to page `p`, filling the stack; null when the tree has no page p.
+    SDF::Obj* Find(SDF::Obj* root, Int32 p);
+    // Kid `i` of `kids`, or the document's blank page for an element that is no dictionary or
+    // can't be read (the latter is also written into the tree in its place).
+    SDF::Obj* KidAt(SDF::Obj* kids, UInt32 i, SDF::Obj* parent);
+    bool OnPath(SDF::Obj* node) const;
+    void SetEnd();
+
+    Stack m_stack;
+    PDFDoc* mp_doc = nullptr;
+    SDF::Obj* mp_root = nullptr;
+    Int32 m_page_number = 0;
+    Page m_page;
+};
+
+}  // namespace lum::PDF
