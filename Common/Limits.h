@@ -44,6 +44,16 @@ inline constexpr std::size_t kMaxOperandStack = std::size_t(8) << 20;
 // pairs than this can only be hostile; the rest of the head is ignored.
 inline constexpr std::int64_t kMaxObjStmObjects = std::int64_t(1) << 20;
 
+// Comparisons. Values compared by IsEqualValue in one call. References may form cycles and
+// shared subgraphs ([1 0 R 1 0 R] nested a few dozen times is 2^n paths), so a comparison
+// that runs past this answers "not equal" instead of running for ever.
+inline constexpr long kMaxCompareSteps = 1000000;
+
+// Stages. Decoders named in one stream's Filter array. Every stage pulls from the one below,
+// so reading and destroying a chain recurse once per stage; real files use one or two, and
+// peers refuse more than about 25.
+inline constexpr std::uint64_t kMaxFilterStages = 32;
+
 // --- Cross-reference and document store ---
 
 // --- Document, pages ---

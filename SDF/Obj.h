@@ -307,6 +307,8 @@ public:
     bool InsertParsed(Name* key, Obj* value);
 
 private:
+    // Removes an entry, destroying its key and its value unless that is a reference.
+    void EraseEntry(DictIterator pos) noexcept;
     DictMap m_map;
 };
 
@@ -333,6 +335,9 @@ public:
     void AdoptParsed(Obj* const* values, size_t count);
 
 private:
+    size_t size() const noexcept { return m_items.size(); }
+    // The checks of Insert and Replace, and the owner link for the value.
+    void Adopt(Obj* obj);
     std::vector<Obj*> m_items;
 };
 

@@ -1,6 +1,8 @@
 #pragma once
 // The parser of the document's own file: loads the value of a table entry, from the file or
 // from an object stream. One per document, used under the document's object lock.
+#include <set>
+
 #include "SDF/Parser.h"
 
 namespace lum::SDF {
@@ -31,6 +33,9 @@ private:
     UInt32 m_obj_num = 0;
     UInt16 m_gen = 0;
     bool m_in_object = false;
+    // Object streams being read now (a load can reach the same stream again through its
+    // own Length).
+    std::set<UInt32> m_streams_loading;
 };
 
 }  // namespace lum::SDF

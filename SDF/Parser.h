@@ -72,6 +72,11 @@ public:
     // Skips white space and comments exactly as between tokens.
     void SkipWhiteSpaceAndComments();
 
+    // An object number from a number operand, truncated toward zero. A value that no 32-bit
+    // number holds (negative, too large) answers 0xFFFFFFFF, which no table reaches. An
+    // operand that is no number fails as GetNumber does.
+    static UInt32 ToObjNum(const Obj* number);
+
 protected:
     // Called inside a container with a word that is no value. True: the word was consumed as
     // an operator (it may have replaced operands) and the container goes on; false ends it.

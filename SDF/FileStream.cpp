@@ -1,0 +1,177 @@
+// Stream data: where it lies, how long it is, and the decoders on top. A file stream never
+// holds file data; every read makes a new reader on the document's input, so streams can be
+// read on several threads at once.
+#include <cmath>
+
+#include "Common/Exception.h"
+#include "Common/Limits.h"
+#include "Filters/ExtBufInputFilter.h"
+#include "Filters/FilterReader.h"
+#include "SDF/DocImpl.h"
+#include "SDF/Obj.h"
+#include "SDF/Parser.h"
+#include "SDF/SecurityHandler.h"
+#include "SDF/StreamChain.h"
+
+namespace lum::SDF {
+
+namespace {
+
+// A Length as the file gives it. Negative lengths read as empty; NaN can't come from a parse.
+UInt64 LengthFromNumber(double value) {
+    if (!(value > 0)) return 0;
+    if (value >= 18446744073709551615.0) return ~UInt64(0);
+    return UInt64(value);
+}
+
+// Reads `word` at the reader's position; a mismatch consumes the bytes compared.
+bool Match(Filters::FilterReader& r, const char* word) {
+    for (; *word; ++word)
+        if (r.Get() != UInt8(*word)) return false;
+    return true;
+}
+
+}  // namespace
+
+FileStream::FileStream(Dict* dict, UInt64 data_offset, UInt32 obj_num, UInt16 gen)
+    : Stream(dict), m_data_offset(data_offset), m_obj_num(obj_num), m_gen(gen) {}
+
+FileStream::FileStream(Dict* dict, std::vector<UInt8>&& data)
+    : Stream(dict), m_mem_data(std::move(data)), m_has_mem_data(true) {}
+
+FileStream::~FileStream() = default;
+
+Obj* FileStream::Clone() const { return GetOwner(); }
+
+void FileStream::SetStreamData(const UInt8* bytes, size_t size,
+                               std::unique_ptr<Filters::Filter> filter_chain) {
+    // The bytes are taken as already coded by `filter_chain`'s names, which go to Filter.
+    m_mem_data.assign(bytes, bytes + size);
+    m_has_mem_data = true;
+    Erase(e_Filter);
+    Erase(e_DecodeParms);
+    if (filter_chain) {
+        auto* names = new Array();
+        for (Filters::Filter* f = filter_chain.get(); f; f = f->GetAttachedFilter())
+            names->PushBack(new Name(f->GetDecodeName()));
+        if (names->Size() > 0)
+            Put(e_Filter, names);
+        else
+            delete names;
+    }
+    PutNumber(e_Length, double(size));
+}
+
+UInt64 FileStream::CalcStmLength(Filters::Filter& input) {
+    // Counting from the data offset S: find "endstream", skip white space and comments behind
+    // it to P, and stop where "endobj" follows; else search on from P.
+    Filters::FilterReader r(&input);
+    static const char kEnd[] = "endstream";
+    constexpr size_t kEndLen = sizeof kEnd - 1;
+    UInt64 pos = 0;  // bytes read since S
+    size_t matched = 0;
+    for (;;) {
+        const int byte = r.Get();
+        LUM_CHECK(byte != EOF, "Unexpected end of stream");
+        ++pos;
+        // No proper prefix of "endstream" is also a suffix of it, so a mismatch restarts at
+        // the byte that broke the match.
+        if (byte == kEnd[matched])
+            ++matched;
+        else
+            matched = byte == kEnd[0] ? 1 : 0;
+        if (matched < kEndLen) continue;
+        matched = 0;
+        for (;;) {
+            const int c = r.Peek();
+            if (Parser::IsWhite(c)) {
+                r.Get();
+                ++pos;
+            } else if (c == '%') {
+                int d;
+                do {
+                    d = r.Get();
+                    ++pos;
+                } while (d >= 0 && d != '\n' && d != '\r');
+                if (d < 0) --pos;
+            } else {
+                break;
+            }
+        }
+        if (Match(r, "endobj")) {
+            // The rule counts the keyword and one end-of-line byte behind it, and leaves a
+            // line end in front of the keyword in the data.
+            const UInt64 length = pos >= 10 ? pos - 10 : 0;
+            PutNumber(e_Length, double(length));
+            return length;
+        }
+        r.Seek(Int64(m_data_offset + pos));
+    }
+}
+
+std::unique_ptr<Filters::Filter> FileStream::GetRawStream(bool decrypt) {
+    if (m_has_mem_data)
+        return std::make_unique<Filters::ExtBufInputFilter>(m_mem_data.data(), m_mem_data.size());
+    Indirect* owner = GetOwner();
+    DocImpl* d = owner ? owner->GetDocImpl() : nullptr;
+    LUM_CHECK(d, "Stm -> NULL doc");
+    // Streams made by a program live in the document's temp file, which reading never makes.
+    LUM_CHECK(!m_is_new, "Stm -> NULL doc");
+    std::unique_ptr<Filters::Filter> reader = d->CreateInputIterator();
+    reader->Seek(Int64(m_data_offset), Filters::Filter::e_begin);
+
+    UInt64 length;
+    Obj* len = FindObj(e_Length);
+    if (len && len->IsNumber()) {
+        length = LengthFromNumber(len->GetNumber());
+    } else {
+        length = CalcStmLength(*reader);
+        reader->Seek(Int64(m_data_offset), Filters::Filter::e_begin);
+    }
+    reader->SetStreamLength(size_t(std::min<UInt64>(length, SIZE_MAX)));
+
+    // The one place where stream data meets decryption, with the numbers of the object's
+    // header.
+    if (decrypt && !m_is_new) {
+        if (SecurityHandler* crypt = d->GetCryptHandler())
+            reader = crypt->CreateDecryptFilter(std::move(reader), m_obj_num, m_gen);
+    }
+    return reader;
+}
+
+UInt64 FileStream::GetRawStreamLength() {
+    Obj* len = FindObj(e_Length);
+    if (len && len->IsNumber()) return LengthFromNumber(len->GetNumber());
+    GetRawStream(false);
+    return LengthFromNumber(Get(e_Length)->second->GetNumber());
+}
+
+std::unique_ptr<Filters::Filter> FileStream::GetDecodedStream() { return GetDecodedStream(false); }
+
+std::unique_ptr<Filters::Filter> FileStream::GetDecodedStream(bool leave_last) {
+    std::unique_ptr<Filters::Filter> chain = GetRawStream(true);
+    Obj* filter = FindObj(e_Filter);
+    if (!filter) return chain;
+    Obj* parms = FindObj(e_DecodeParms);
+    if (!filter->IsArray()) {
+        if (leave_last) return chain;
+        return StreamCreateDecodeFilter(filter, parms, std::move(chain), this);
+    }
+    UInt64 n = filter->Size();
+    if (leave_last && n > 0) --n;
+    LUM_CHECK(n <= Limits::kMaxFilterStages, "Too many filters in a stream");
+    for (UInt32 i = 0; i < n; ++i) {
+        Obj* params = nullptr;
+        if (parms) {
+            try {
+                params = parms->GetAt(i);
+            } catch (const Common::Exception&) {
+                params = nullptr;  // too short, or no array: no parameters
+            }
+        }
+        chain = StreamCreateDecodeFilter(filter->GetAt(i), params, std::move(chain), this);
+    }
+    return chain;
+}
+
+}  // namespace lum::SDF

@@ -1,0 +1,151 @@
+// Loading one object of the file: from its offset (kind 1), or through the object stream that
+// holds it (kind 2).
+#include "SDF/ObjParser.h"
+
+#include <cstring>
+
+#include "Common/Exception.h"
+#include "SDF/DocImpl.h"
+#include "SDF/ObjStmParser.h"
+#include "SDF/SecurityHandler.h"
+
+namespace lum::SDF {
+
+namespace {
+
+bool StartsWith(const char* word, const char* prefix) {
+    return std::strncmp(word, prefix, std::strlen(prefix)) == 0;
+}
+
+}  // namespace
+
+ObjParser::ObjParser(DocImpl* doc, Filters::Filter* input) : Parser(doc, input) {}
+
+ObjParser::~ObjParser() = default;
+
+bool ObjParser::ContainerOperator(const char* word) {
+    if (word[0] != 'R' || word[1] != 0) return false;
+    const size_t stack_size = m_operand_stack.size();
+    LUM_CHECK(stack_size>=2, "Reference expects two arguments");
+    // The generation is read and ignored: a reference never checks generations.
+    const UInt32 num = ToObjNum(m_operand_stack[stack_size - 2]);
+    m_operand_stack[stack_size - 1]->GetNumber();
+    PopObj();
+    PopObj();
+    Push(mp_doc->GetObj(num));
+    return true;
+}
+
+// The one place where strings meet decryption: only values of the file's own objects, with
+// the numbers of the header being parsed (not those of the table).
+void ObjParser::OnString(std::vector<UInt8>& bytes) {
+    if (!m_in_object || !mp_doc) return;
+    if (SecurityHandler* crypt = mp_doc->GetCryptHandler())
+        crypt->DecryptString(bytes, m_obj_num, m_gen);
+}
+
+void ObjParser::GetObj(Indirect& indirect_obj) {
+    const UInt8 kind = indirect_obj.GetField1();
+    if (kind == 2) {
+        const UInt64 cs_obj_num = indirect_obj.GetOffset();
+        LUM_CHECK(cs_obj_num<mp_doc->m_xref.size(), "Bad obj stream");
+        Indirect* ind_obj_stm = mp_doc->m_xref[size_t(cs_obj_num)];
+        LUM_CHECK(ind_obj_stm && ind_obj_stm->GetField1()== 1 && ind_obj_stm->IsStream(),
+                  "Bad obj stream");
+        LoadCompressedObjects(ind_obj_stm, false);
+        LUM_CHECK(indirect_obj.IsLoaded(), "Bad obj stream");
+        return;
+    }
+    if (kind != 1) LUM_FAIL("Unknown object type");
+
+    m_stream.Seek(Int64(indirect_obj.GetOffset()));
+    ClearStack();
+    ResetNesting();
+    m_in_object = false;
+    while (Parser::GetObj()) {
+    }
+    if (!StartsWith(GetToken(), "obj")) LUM_FAIL("Object header not found");
+    LUM_CHECK(m_operand_stack.size() == 2, "Operator obj expects two arguments");
+    // The header's numbers are not compared with the entry: an entry that points at another
+    // object's header gives that object, decrypted with that header's numbers.
+    m_obj_num = ToObjNum(m_operand_stack[0]);
+    m_gen = UInt16(ToObjNum(m_operand_stack[1]));
+
+    ClearStack();
+    m_in_object = true;
+    try {
+        while (Parser::GetObj()) {
+        }
+    } catch (...) {
+        m_in_object = false;
+        throw;
+    }
+    m_in_object = false;
+
+    if (StartsWith(GetToken(), "stream")) {
+        // The data start behind the keyword's line: anything up to the line end is skipped.
+        for (;;) {
+            const int c = m_stream.Get();
+            if (c < 0 || c == 0 || c == '\n') break;
+            if (c == '\r') {
+                if (m_stream.Peek() == '\n') m_stream.Get();
+                break;
+            }
+        }
+        LUM_CHECK(m_operand_stack.size() == 1 && m_operand_stack.back()->IsDict(),
+                  "Stream expects a dictionary as an argument");
+        const UInt64 data_offset = UInt64(m_stream.Tell());
+        Dict* dict = static_cast<Dict*>(m_operand_stack.back());
+        m_operand_stack.back() = nullptr;
+        m_operand_stack.back() = new FileStream(dict, data_offset, m_obj_num, m_gen);
+    } else {
+        // "endobj" is not required: whatever word ends the value ends the object.
+        LUM_CHECK(m_operand_stack.size() >= 1, "Operator endobj expects a single argument");
+    }
+    Obj* value = m_operand_stack[0];
+    m_operand_stack[0] = nullptr;
+    ClearStack();
+    indirect_obj.SetTarget(value);
+}
+
+void ObjParser::LoadCompressedObjects(Obj* stream, bool rebuild) {
+    const UInt32 container = stream->GetObjNum();
+    // A stream whose own Length (or filter parameters) lie inside itself would load itself
+    // again while it is being read.
+    LUM_CHECK(m_streams_loading.insert(container).second, "Bad obj stream");
+    struct Done {
+        std::set<UInt32>& set;
+        UInt32 num;
+        ~Done() { set.erase(num); }
+    } done{m_streams_loading, container};
+
+    ObjStmParser parser(stream, mp_doc, rebuild);
+    XRefTable& xref = mp_doc->m_xref;
+    const size_t count = parser.GetCount();
+    for (size_t i = 0; i < count; ++i) {
+        const UInt32 objnum = parser.CurrentObjNum();
+        LUM_CHECK(objnum>0, "Bad obj stream");
+        if (!rebuild)
+            LUM_CHECK(objnum<UInt32(mp_doc->m_xref.size()), "Bad obj stream");
+        else
+            parser.XRefResize(objnum);
+        Indirect* entry = xref[objnum];
+        if (!entry) {
+            if (!rebuild) LUM_FAIL("Bad obj stream");
+            entry = new Indirect(mp_doc, objnum, UInt16(i), container, 2);
+            xref.Set(objnum, entry);
+        } else if (rebuild) {
+            entry->SetField1(2);
+            entry->SetOffset(container);
+        }
+        // An entry that a newer section moved elsewhere, or that is loaded, stays as it is.
+        if (!entry->IsLoaded() && entry->GetField1() == 2 && entry->GetOffset() == container) {
+            entry->SetTarget(parser.GetNextObj());
+            entry->SetGenField(0);
+        } else {
+            parser.SkipObj();
+        }
+    }
+}
+
+}  // namespace lum::SDF

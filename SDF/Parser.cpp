@@ -1,0 +1,573 @@
+// The tokeniser and the value reader. One pass over the filter's windows: runs of plain bytes
+// are found by a class-table scan and copied as a block, so a byte costs a table lookup and
+// no call. The token buffer and the operand stack are reused; the only allocations are the
+// values themselves (and the text of a name that the static table does not hold).
+#include "SDF/Parser.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+
+#include "Common/Exception.h"
+#include "Common/Limits.h"
+
+namespace lum::SDF {
+
+namespace {
+
+constexpr int gl_max_levels = Limits::kMaxNestingLevels;
+constexpr size_t kInitialStack = 256;
+constexpr size_t kInitialToken = 1024;
+// Buffers that grew past this for one huge token are given back afterwards.
+constexpr size_t kKeepBuffer = size_t(1) << 20;
+// Bytes searched for the header at the start of a damaged file.
+constexpr size_t kHeaderWindow = 4096;
+constexpr size_t kMaxHeaderLength = 20;
+
+constexpr UInt8 kStringSpecial = 16;  // bytes a literal string can't copy as they stand
+
+struct ClassTable {
+    UInt8 t[256] = {};
+    constexpr ClassTable() {
+        for (int c : {0x00, 0x09, 0x0A, 0x0C, 0x0D, 0x20}) t[c] |= Parser::e_white | Parser::e_word_end;
+        for (int c : {'(', ')', '/', '<', '>', '[', ']', '{', '}'})
+            t[c] |= Parser::e_delimiter | Parser::e_word_end;
+        t[int('%')] |= Parser::e_word_end;
+        for (int c = 0x21; c <= 0x7E; ++c) {
+            const bool plain = c != 0x23 && c != 0x25 && c != '(' && c != ')' && c != '/' &&
+                               c != '<' && c != '>' && c != '[' && c != ']' && c != '{' &&
+                               c != '}';
+            if (plain) t[c] |= Parser::e_name_plain;
+        }
+        for (int c : {'(', ')', '\\', '\r'}) t[c] |= kStringSpecial;
+    }
+};
+constexpr ClassTable kClasses;
+
+inline int HexValue(int c) noexcept {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+
+inline bool IsDigit(UInt8 c) noexcept { return c >= '0' && c <= '9'; }
+
+}  // namespace
+
+const UInt8 Parser::gl_char_class[256] = {
+#define LUM_ROW(i)                                                                             \
+    kClasses.t[i + 0], kClasses.t[i + 1], kClasses.t[i + 2], kClasses.t[i + 3],                \
+        kClasses.t[i + 4], kClasses.t[i + 5], kClasses.t[i + 6], kClasses.t[i + 7],            \
+        kClasses.t[i + 8], kClasses.t[i + 9], kClasses.t[i + 10], kClasses.t[i + 11],          \
+        kClasses.t[i + 12], kClasses.t[i + 13], kClasses.t[i + 14], kClasses.t[i + 15]
+    LUM_ROW(0),   LUM_ROW(16),  LUM_ROW(32),  LUM_ROW(48),  LUM_ROW(64),  LUM_ROW(80),
+    LUM_ROW(96),  LUM_ROW(112), LUM_ROW(128), LUM_ROW(144), LUM_ROW(160), LUM_ROW(176),
+    LUM_ROW(192), LUM_ROW(208), LUM_ROW(224), LUM_ROW(240),
+#undef LUM_ROW
+};
+
+// --- Numbers ---
+
+double ParseNumberToken(const char* s, size_t n) noexcept {
+    size_t i = 0;
+    bool negative = false;
+    if (i < n && s[i] == '-') {
+        negative = true;
+        ++i;
+    }
+    // Further signs change nothing: only a leading minus counts.
+    while (i < n && (s[i] == '+' || s[i] == '-')) ++i;
+    // Nine digits always fit 32 bits; longer integers go on in the double.
+    UInt32 small = 0;
+    double value = 0;
+    int digits = 0;
+    while (i < n && IsDigit(UInt8(s[i]))) {
+        const int d = s[i] - '0';
+        if (++digits >= 39) return 0;
+        if (digits <= 9) {
+            small = small * 10 + UInt32(d);
+            value = small;
+        } else {
+            value = value * 10 + d;
+        }
+        ++i;
+    }
+    if (i < n && s[i] == '.') {
+        ++i;
+        if (i < n && (s[i] == '+' || s[i] == '-')) ++i;
+        double place = 0.1;
+        while (i < n && IsDigit(UInt8(s[i]))) {
+            value += (s[i] - '0') * place;
+            place *= 0.1;
+            ++i;
+        }
+    }
+    if (i != n) return 0;  // a bad number is dropped whole, not cut at the bad byte
+    return negative ? -value : value;
+}
+
+UInt32 Parser::ToObjNum(const Obj* number) {
+    const double v = number->GetNumber();
+    if (!(v >= 0) || v >= 4294967296.0) return 0xFFFFFFFFu;
+    return UInt32(v);
+}
+
+// --- Construction, stack, stream ---
+
+Parser::Parser(DocImpl* doc) : Parser(doc, nullptr) {}
+
+Parser::Parser(DocImpl* doc, Filters::Filter* stream) : m_stream(stream), mp_doc(doc) {
+    m_operand_stack.reserve(kInitialStack);
+    m_token.resize(kInitialToken);
+    m_token[0] = 0;
+}
+
+Parser::~Parser() { ClearStack(); }
+
+void Parser::AttachStream(Filters::Filter* stream) { m_stream.AttachFilter(stream); }
+
+void Parser::ClearStack() noexcept {
+    for (Obj* obj : m_operand_stack) DeleteDirect(obj);
+    m_operand_stack.clear();
+}
+
+void Parser::PopObj() noexcept {
+    if (m_operand_stack.empty()) return;
+    DeleteDirect(m_operand_stack.back());
+    m_operand_stack.pop_back();
+}
+
+Obj* Parser::PopObjNoDelete() noexcept {
+    if (m_operand_stack.empty()) return nullptr;
+    Obj* obj = m_operand_stack.back();
+    m_operand_stack.pop_back();
+    return obj;
+}
+
+void Parser::Push(Obj* obj) {
+    if (m_operand_stack.size() >= Limits::kMaxOperandStack) [[unlikely]] {
+        DeleteDirect(obj);
+        LUM_FAIL("Too many values on the operand stack");
+    }
+    m_operand_stack.push_back(obj);
+}
+
+void Parser::Reset() {
+    m_token_size = 0;
+    m_token[0] = 0;
+    ClearStack();
+    m_max_nesting = 0;
+    m_stream.FlushReader();
+    if (Filters::Filter* f = m_stream.GetAttachedFilter()) {
+        if (f->CanSeek())
+            f->Seek(0, Filters::Filter::e_begin);
+        else
+            f->Reset();
+    }
+}
+
+bool Parser::ContainerOperator(const char*) { return false; }
+
+void Parser::OnString(std::vector<UInt8>&) {}
+
+// --- Token buffer ---
+
+void Parser::GrowToken(size_t need) {
+    LUM_CHECK(need <= Limits::kMaxTokenBytes, "Token exceeds the maximum length");
+    m_token.resize(std::max(need, m_token.size() * 2));
+}
+
+inline void Parser::AppendToken(const UInt8* bytes, size_t n) {
+    if (m_token_size + n + 1 > m_token.size()) GrowToken(m_token_size + n + 1);
+    std::memcpy(m_token.data() + m_token_size, bytes, n);
+    m_token_size += n;
+}
+
+// --- Tokens ---
+
+void Parser::SkipWhiteSpaceAndComments() {
+    for (;;) {
+        const UInt8* p = m_stream.WindowBegin();
+        const UInt8* e = p + m_stream.WindowSize();
+        if (p == e) {
+            if (!m_stream.Refill()) return;
+            continue;
+        }
+        const UInt8* q = p;
+        while (q < e && (gl_char_class[*q] & e_white)) ++q;
+        m_stream.Skip(size_t(q - p));
+        if (q == e) continue;
+        if (*q != '%') return;
+        // A comment runs through the next LF or CR.
+        for (;;) {
+            const int c = m_stream.Get();
+            if (c < 0 || c == '\n' || c == '\r') break;
+        }
+    }
+}
+
+void Parser::ReadToken() {
+    m_token_size = 0;
+    SkipWhiteSpaceAndComments();
+    const int first = m_stream.Peek();
+    if (first < 0) {
+        m_token[0] = 0;
+        return;
+    }
+    if (gl_char_class[first] & e_delimiter) {
+        m_stream.Get();
+        m_token[0] = UInt8(first);
+        m_token[1] = 0;
+        m_token_size = 1;
+        return;
+    }
+    // A word: everything up to the next white space, delimiter or percent.
+    for (;;) {
+        const UInt8* p = m_stream.WindowBegin();
+        const UInt8* e = p + m_stream.WindowSize();
+        if (p == e) {
+            if (!m_stream.Refill()) break;
+            continue;
+        }
+        const UInt8* q = p;
+        while (q < e && !(gl_char_class[*q] & e_word_end)) ++q;
+        AppendToken(p, size_t(q - p));
+        m_stream.Skip(size_t(q - p));
+        if (q < e) break;
+    }
+    m_token[m_token_size] = 0;
+}
+
+bool Parser::GetObj() {
+    ReadToken();
+    const UInt8 c = m_token[0];
+    if (c < 0x28 || c > 0x7D) return false;
+    switch (c) {
+        case '(':
+            LexLiteralString();
+            return true;
+        case ')':
+            LUM_FAIL("')' is not matched");
+        case '+':
+        case '-':
+        case '.':
+        case '0':
+        case '1':
+        case '2':
+        case '3':
+        case '4':
+        case '5':
+        case '6':
+        case '7':
+        case '8':
+        case '9':
+            LexNumber();
+            return true;
+        case '/':
+            LexName();
+            return true;
+        case '<':
+            if (m_stream.Peek() == '<')
+                LexDict();
+            else
+                LexHexString();
+            return true;
+        case '[':
+            return LexArray();
+        case 'f':
+            if (m_token_size == 5 && std::memcmp(m_token.data(), "false", 5) == 0) {
+                Push(new Bool(false));
+                return true;
+            }
+            return false;
+        case 'n':
+            if (m_token_size == 4 && std::memcmp(m_token.data(), "null", 4) == 0) {
+                Push(new Null());
+                return true;
+            }
+            return false;
+        case 't':
+            if (m_token_size == 4 && std::memcmp(m_token.data(), "true", 4) == 0) {
+                Push(new Bool(true));
+                return true;
+            }
+            return false;
+        default:
+            return false;
+    }
+}
+
+void Parser::LexNumber() {
+    Push(new Number(ParseNumberToken(reinterpret_cast<const char*>(m_token.data()), m_token_size)));
+}
+
+void Parser::LexName() {
+    m_token_size = 0;
+    for (;;) {
+        const UInt8* p = m_stream.WindowBegin();
+        const UInt8* e = p + m_stream.WindowSize();
+        if (p == e) {
+            if (!m_stream.Refill()) break;
+            continue;
+        }
+        const UInt8* q = p;
+        while (q < e && !(gl_char_class[*q] & e_word_end) && *q != '#') ++q;
+        AppendToken(p, size_t(q - p));
+        m_stream.Skip(size_t(q - p));
+        if (q == e) continue;
+        if (*q != '#') break;
+        // A number sign that does not begin two hex digits stands for itself; the byte that
+        // broke the escape is then read afresh.
+        m_stream.Get();
+        const int h1 = HexValue(m_stream.Peek());
+        if (h1 < 0) {
+            const UInt8 sign = '#';
+            AppendToken(&sign, 1);
+            continue;
+        }
+        const UInt8 d1 = UInt8(m_stream.Get());
+        const int h2 = HexValue(m_stream.Peek());
+        if (h2 < 0) {
+            const UInt8 both[2] = {'#', d1};
+            AppendToken(both, 2);
+            continue;
+        }
+        m_stream.Get();
+        const UInt8 byte = UInt8(h1 * 16 + h2);
+        AppendToken(&byte, 1);
+    }
+    m_token[m_token_size] = 0;
+    Push(new Name(reinterpret_cast<const char*>(m_token.data()), m_token_size));
+}
+
+void Parser::LexLiteralString() {
+    m_string.clear();
+    int depth = 1;
+    auto append = [this](UInt8 byte) {
+        if (m_string.size() >= Limits::kMaxTokenBytes) [[unlikely]]
+            LUM_FAIL("Token exceeds the maximum length");
+        m_string.push_back(byte);
+    };
+    while (depth > 0) {
+        // Copy the run of ordinary bytes in one step.
+        const UInt8* p = m_stream.WindowBegin();
+        const UInt8* e = p + m_stream.WindowSize();
+        const UInt8* q = p;
+        while (q < e && !(kClasses.t[*q] & kStringSpecial)) ++q;
+        if (q > p) {
+            if (m_string.size() + size_t(q - p) > Limits::kMaxTokenBytes) [[unlikely]]
+                LUM_FAIL("Token exceeds the maximum length");
+            m_string.insert(m_string.end(), p, q);
+            m_stream.Skip(size_t(q - p));
+        }
+        const int c = m_stream.Get();
+        switch (c) {
+            case -1:
+                LUM_FAIL("Corrupt string");
+            case '\r':
+                // CR LF and a lone CR are one line end, kept as LF. A lone LF is ordinary.
+                if (m_stream.Peek() == '\n') m_stream.Get();
+                append('\n');
+                break;
+            case '(':
+                ++depth;
+                append('(');
+                break;
+            case ')':
+                if (--depth > 0) append(')');
+                break;
+            case '\\': {
+                const int e2 = m_stream.Get();
+                switch (e2) {
+                    case -1:
+                        append(0xFF);  // the next pass meets the end and fails
+                        break;
+                    case '\n':
+                        break;
+                    case '\r':
+                        if (m_stream.Peek() == '\n') m_stream.Get();
+                        break;
+                    case 'b':
+                        append(8);
+                        break;
+                    case 'f':
+                        append(12);
+                        break;
+                    case 'n':
+                        append(10);
+                        break;
+                    case 'r':
+                        append(13);
+                        break;
+                    case 't':
+                        append(9);
+                        break;
+                    default:
+                        if (e2 >= '0' && e2 <= '7') {
+                            int value = e2 - '0';
+                            for (int k = 0; k < 2; ++k) {
+                                const int d = m_stream.Peek();
+                                if (d < '0' || d > '7') break;
+                                value = value * 8 + (m_stream.Get() - '0');
+                            }
+                            append(UInt8(value & 0xFF));
+                        } else {
+                            append(UInt8(e2));
+                        }
+                }
+                break;
+            }
+            default:
+                append(UInt8(c));
+        }
+    }
+    OnString(m_string);
+    Push(new Str(m_string.data(), m_string.size()));
+    if (m_string.capacity() > kKeepBuffer) std::vector<UInt8>().swap(m_string);
+}
+
+void Parser::LexHexString() {
+    m_string.clear();
+    for (;;) {
+        // Pairs of adjacent digits are the common case.
+        const UInt8* p = m_stream.WindowBegin();
+        const UInt8* e = p + m_stream.WindowSize();
+        while (e - p >= 2) {
+            const int hi = HexValue(p[0]), lo = HexValue(p[1]);
+            if ((hi | lo) < 0) break;
+            m_string.push_back(UInt8(hi * 16 + lo));
+            p += 2;
+        }
+        m_stream.Skip(size_t(p - m_stream.WindowBegin()));
+        if (m_string.size() > Limits::kMaxTokenBytes) [[unlikely]]
+            LUM_FAIL("Token exceeds the maximum length");
+
+        SkipWhiteSpaceAndComments();
+        int c = m_stream.Get();
+        if (c == '>') break;
+        const int hi = HexValue(c);
+        if (hi < 0) LUM_FAIL("Bad String");
+        SkipWhiteSpaceAndComments();
+        c = m_stream.Get();
+        const int lo = HexValue(c);
+        if (lo >= 0) {
+            m_string.push_back(UInt8(hi * 16 + lo));
+        } else if (c == '>') {
+            m_string.push_back(UInt8(hi * 16));  // an odd last digit is a high nibble
+            break;
+        } else {
+            LUM_FAIL("Bad String");
+        }
+    }
+    OnString(m_string);
+    Push(new Str(m_string.data(), m_string.size()));
+    if (m_string.capacity() > kKeepBuffer) std::vector<UInt8>().swap(m_string);
+}
+
+bool Parser::LexDict() {
+    LUM_CHECK(++m_max_nesting < gl_max_levels, "Exceeds maximum nesting level");
+    m_stream.Get();  // the second '<'
+    const size_t start = m_operand_stack.size();
+    for (;;) {
+        while (GetObj()) {
+        }
+        if (m_token_size == 1 && m_token[0] == '>') {
+            LUM_CHECK(m_stream.Get() == '>', "'<<' is not matched");
+            break;
+        }
+        if (!ContainerOperator(GetToken())) break;
+    }
+    const Int64 num_elements = Int64(m_operand_stack.size()) - Int64(start);
+    LUM_CHECK(num_elements>=0 && (num_elements % 2 == 0),
+              "the number of key-value elements should be even");
+    const size_t top = m_operand_stack.size();
+    const size_t pairs = size_t(num_elements) / 2;
+    // Check every key before any value moves, so that a failure leaves the stack intact. The
+    // value of a pair is at i, its key at i-1.
+    for (size_t k = 0, i = top - 1; k < pairs; ++k, i -= 2)
+        LUM_CHECK(!m_operand_stack[i-1]->IsIndirect() && m_operand_stack[i-1]->IsName(),
+                  "Bad key");
+    auto* dict = new Dict();
+    // From the end backwards, so that of a key given twice the last one in the file stays.
+    for (size_t k = 0, i = top - 1; k < pairs; ++k, i -= 2) {
+        Name* key = static_cast<Name*>(m_operand_stack[i - 1]);
+        Obj* value = m_operand_stack[i];
+        if (!dict->InsertParsed(key, value)) {
+            delete key;
+            DeleteDirect(value);
+        }
+    }
+    m_operand_stack.resize(start);
+    Push(dict);
+    --m_max_nesting;
+    return true;
+}
+
+bool Parser::LexArray() {
+    LUM_CHECK(++m_max_nesting < gl_max_levels, "Exceeds maximum nesting level");
+    const size_t start = m_operand_stack.size();
+    bool closed;
+    for (;;) {
+        while (GetObj()) {
+        }
+        if (m_token_size == 1 && m_token[0] == ']') {
+            closed = true;
+            break;
+        }
+        if (!ContainerOperator(GetToken())) {
+            closed = false;
+            break;
+        }
+    }
+    auto* array = new Array();
+    array->AdoptParsed(m_operand_stack.data() + start, m_operand_stack.size() - start);
+    m_operand_stack.resize(start);
+    Push(array);
+    --m_max_nesting;
+    return closed;
+}
+
+// --- Header ---
+
+std::string Parser::SkipHeader() {
+    const Int64 start = m_stream.Tell();
+    UInt8 buf[kHeaderWindow];
+    const size_t n = m_stream.Read(buf, kHeaderWindow);
+    size_t i = 0;
+    while (i < n) {
+        if (buf[i] != '%') {
+            ++i;
+            continue;
+        }
+        size_t j = i + 1;
+        while (j < n && std::isalpha(buf[j])) ++j;
+        if (j == i + 1) {
+            i += 2;  // a percent without letters
+            continue;
+        }
+        // Letters, then "-" digits "." digits; a mismatch restarts where it stopped.
+        if (j >= n || buf[j] != '-') {
+            i = j;
+            continue;
+        }
+        size_t k = ++j;
+        while (k < n && IsDigit(buf[k])) ++k;
+        if (k == j || k >= n || buf[k] != '.') {
+            i = k;
+            continue;
+        }
+        size_t m = ++k;
+        while (m < n && IsDigit(buf[m])) ++m;
+        if (m == k) {
+            i = m;
+            continue;
+        }
+        if (m >= n || m - i > kMaxHeaderLength) break;
+        m_stream.Seek(start + Int64(m));
+        return std::string(reinterpret_cast<const char*>(buf + i), m - i);
+    }
+    LUM_FAIL("Header not found");
+}
+
+}  // namespace lum::SDF
