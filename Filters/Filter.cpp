@@ -83,18 +83,12 @@ BufFilter::BufFilter(std::unique_ptr<Filter> attached, size_t buf_size, bool is_
 BufFilter::~BufFilter() = default;
 
 UInt8* BufFilter::Begin() {
-    if (m_avail == 0) {
-        m_avail = Process();
-        m_cur = m_buf_begin;
-    }
+    if (m_avail == 0) Refill();
     return m_cur;
 }
 
 size_t BufFilter::Size() {
-    if (m_avail == 0) {
-        m_avail = Process();
-        m_cur = m_buf_begin;
-    }
+    if (m_avail == 0) Refill();
     return m_avail;
 }
 
@@ -103,6 +97,14 @@ void BufFilter::Consume(size_t n) {
     m_count += n;
     m_avail -= n;
     m_cur += n;
+}
+
+void BufFilter::Refill() {
+    // At the end (nothing delivered) the position stays where it is: filters over a fixed
+    // buffer keep their position in m_cur.
+    size_t n = Process();
+    if (n > 0) m_cur = m_buf_begin;
+    m_avail = n;
 }
 
 size_t BufFilter::Count() { return m_count; }

@@ -100,6 +100,8 @@ public:
     void Reset() override;
 
 protected:
+    // Process, then the window starts at m_buf_begin.
+    void Refill();
     // Replaces the owned buffer by a new one of `size` bytes (content not kept) and empties
     // the window.
     void AllocateBuffer(size_t size);
