@@ -72,4 +72,11 @@ inline constexpr std::int64_t kMaxPageListRange = kMaxPageCount;
 // of levels deep; the cap stops chains built to exhaust the walk (peers use 100 to 1024).
 inline constexpr int kMaxPageTreeDepth = 1024;
 
+// --- Command line and batch walk ---
+
+// Levels. Folders below one named on the command line, walked with --subfolders. Each level
+// is a recursive call and a longer path; real trees are a few dozen deep, and a tree built to
+// be deeper (or a link loop the inode check can't see, as on some network shares) is cut here.
+inline constexpr std::size_t kMaxFolderDepth = 256;
+
 }  // namespace lum::Limits

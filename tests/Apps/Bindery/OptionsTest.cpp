@@ -1,0 +1,274 @@
+// The command line run in-process, with a message channel that records what the user would
+// see, so the parsed Options can be inspected afterwards.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Apps/Bindery/CommandLine.h"
+#include "Apps/Bindery/Options.h"
+#include "support/TestSupport.h"
+
+namespace fs = std::filesystem;
+using lum::Bindery::Options;
+using lum::test::TempDir;
+
+namespace {
+
+using Message = std::pair<int, std::string>;
+std::vector<Message> gl_messages;
+
+const char* Record(lum::Int32 kind, const char* text, void*) {
+    gl_messages.emplace_back(kind, text ? text : "");
+    return nullptr;
+}
+
+// Runs the command line `args` (program name added) on `opt` and records the messages.
+int RunArgs(const std::vector<std::string>& args, Options& opt) {
+    std::vector<const char*> argv{"scrivex"};
+    for (const auto& a : args) argv.push_back(a.c_str());
+    gl_messages.clear();
+    opt.m_message = &Record;
+    return lum::Bindery::Run(static_cast<int>(argv.size()), argv.data(), opt);
+}
+
+int RunArgs(const std::vector<std::string>& args) {
+    Options opt;
+    return RunArgs(args, opt);
+}
+
+const Message kBannerMsg{2, "\nZantrix Scrivex V6.6042202.\n"};
+
+// The start of each row of the help listing, in order: option spelling, then the first words
+// of its description, which the formatter keeps on the row's first line.
+const std::pair<const char*, const char*> kRows[] = {
+    {"--file... arg", "A list of folders"},
+    {"-o [ --output ] arg", "The folder used to store"},
+    {"-a [ --pages ] arg (=-)", "Specifies the list of pages"},
+    {"-e [ --encoding ] arg (=UTF8)", "Output text encoding:"},
+    {"-f [ --format ] arg (=plain)", "Output text formating:"},
+    {"--noligatures", "Disables expanding of ligatures"},
+    {"--nodehyphen", "Disables finding and removing"},
+    {"--no_dup_remove", "Disables removing duplicated"},
+    {"--punct_break", "Treat punctuation (e.g. full stop,"},
+    {"--remove_hidden_text", "Enables removal of text that"},
+    {"--no_invisible_text", "Enables removing text that uses"},
+    {"--output_bbox", "Include bounding box information"},
+    {"--xml_words_as_elements", "Output words as XML elements"},
+    {"--xml_output_styles", "Include font and styling information."},
+    {"--wordcount", "Get the number of words on each page."},
+    {"--charcount", "Get total number of characters on each page."},
+    {"--pageinfo", "Get the width, height, media box,"},
+    {"--prefix arg", "The prefix for output text files."},
+    {"--digits arg", "The number of digits used in the"},
+    {"--subfolders", "Process all sub-directory for"},
+    {"-c [ --clip ] arg", "User definable clip box."},
+    {"--noprompt", "Disables any user input."},
+    {"-p [ --pass ] arg", "The password for secured PDF"},
+    {"--extension arg (=.pdf)", "The default file extension used"},
+    {"--verb arg (=1)", "Set the opt.m_verbosity level to 'arg'"},
+    {"-v [ --version ]", "Print the version information."},
+    {"-h [ --help ]", "Print a listing of available options."},
+};
+
+}  // namespace
+
+TEST(OptionsHelp, TextLayoutAndRowOrder) {
+    const std::string help = lum::Bindery::HelpText();
+    EXPECT_EQ(help.rfind("Usage: scrivex [<options>] file...\n\nOPTIONS:\n", 0), 0u) << help;
+    const std::string examples =
+        "\nExamples:\n  scrivex my.pdf\n  scrivex -o test_out/ex1 test/my.pdf\n"
+        "  scrivex --wordcount my.pdf\n  scrivex -o test_out -a 1 -f xml --output_bbox my.pdf\n\n";
+    ASSERT_GE(help.size(), examples.size());
+    EXPECT_EQ(help.substr(help.size() - examples.size()), examples);
+
+    size_t at = 0;
+    for (const auto& [name, words] : kRows) {
+        const size_t row = help.find("  " + std::string(name) + " ", at);
+        ASSERT_NE(row, std::string::npos) << name << " missing or out of order";
+        const size_t line_end = help.find('\n', row);
+        EXPECT_NE(help.substr(row, line_end - row).find(words), std::string::npos) << name;
+        at = line_end;
+    }
+    // Texts that the formatter wraps: every word must still be there.
+    for (const char* tail : {"oe, OE.", "This option has no effect on Tagged PDF files.",
+                             "default extension is \".pdf\".", "will precede the word."}) {
+        std::string flat;
+        for (char c : help) flat += (c == '\n' ? ' ' : c);
+        std::string squeezed;
+        for (char c : flat)
+            if (!(c == ' ' && !squeezed.empty() && squeezed.back() == ' ')) squeezed += c;
+        EXPECT_NE(squeezed.find(tail), std::string::npos) << tail;
+    }
+    size_t start = 0;
+    while (start < help.size()) {
+        const size_t end = help.find('\n', start);
+        EXPECT_LE((end == std::string::npos ? help.size() : end) - start, 80u);
+        if (end == std::string::npos) break;
+        start = end + 1;
+    }
+}
+
+TEST(OptionsHelp, WhenHelpAndVersionAreShown) {
+    const std::vector<Message> help{kBannerMsg, {2, lum::Bindery::HelpText()}};
+    const std::vector<Message> version{kBannerMsg};
+    struct Case {
+        std::vector<std::string> args;
+        std::vector<Message> want;
+    } cases[] = {
+        {{}, help},
+        {{"--help"}, help},
+        {{"-h", "no-such.pdf"}, help},
+        {{"--help", "--version"}, help},
+        {{"--version", "--help"}, help},
+        {{"--verb", "0", "--help"}, help},
+        {{"--version"}, version},
+        {{"-v", "no-such.pdf"}, version},  // the file is not looked at
+        {{"--verb", "0"}, {}},
+        {{"-f", "xml"}, {{2, "No input files specified.\n"}}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::PrintToString(c.args));
+        EXPECT_EQ(RunArgs(c.args), 0);
+        EXPECT_EQ(gl_messages, c.want);
+    }
+}
+
+TEST(OptionsErrors, ParserFailuresEndTheRunBeforeAnyFile) {
+    TempDir dir;
+    lum::test::WriteFile(dir / "a.pdf", lum::test::ReadFile(lum::test::DataPath("hello.pdf")));
+    const std::string file = (dir / "a.pdf").string();
+    const std::vector<std::string> cases[] = {
+        {"--bogus", file},
+        {file, "--bogus"},
+        {"--no", file},                 // ambiguous beginning of several names
+        {"--digits", "x", file},
+        {"--verb", "high", file},
+        {file, "-o"},                   // missing argument
+        {"--subfolders=yes", file},     // a switch takes no value
+        {"-x", file},
+    };
+    for (const auto& args : cases) {
+        SCOPED_TRACE(testing::PrintToString(args));
+        EXPECT_EQ(RunArgs(args), 1);
+        ASSERT_EQ(gl_messages.size(), 1u);
+        EXPECT_EQ(gl_messages[0].first, 1);
+        EXPECT_FALSE(gl_messages[0].second.empty());
+    }
+}
+
+TEST(OptionsFields, ParsedValuesReachOptions) {
+    TempDir dir;
+    const std::string empty_folder = dir.path().string();
+    const fs::path cwd = fs::current_path();
+    struct Case {
+        std::vector<std::string> args;
+        std::function<void(const Options&)> check;
+    } cases[] = {
+        {{},
+         [&](const Options& o) {
+             EXPECT_EQ(o.m_pages, "-");
+             EXPECT_EQ(o.m_format, "plain");
+             EXPECT_EQ(o.m_encoding, "utf8");
+             EXPECT_EQ(o.m_extension, ".pdf");
+             EXPECT_EQ(o.m_digits, -1);
+             EXPECT_EQ(o.m_verbosity, 1);
+             EXPECT_TRUE(o.m_to_screen);
+             EXPECT_EQ(o.m_output_path, cwd.string());
+             EXPECT_EQ(o.m_path_separator, "/");
+             EXPECT_TRUE(o.m_password.empty() && o.m_prefix.empty() && o.m_clip.empty());
+         }},
+        {{"-f", "XML", "-e", "UTF16"},
+         [](const Options& o) {
+             EXPECT_EQ(o.m_format, "xml");
+             EXPECT_EQ(o.m_encoding, "utf16");
+         }},
+        {{"--format=TextRuns", "--encoding=Utf-16"},
+         [](const Options& o) {
+             EXPECT_EQ(o.m_format, "textruns");
+             EXPECT_EQ(o.m_encoding, "utf-16");
+         }},
+        {{"-a2-5", "-c", "0 0 100 100", "--prefix", "My", "--digits", "4", "-p", "Pw", "--extension", ".PDF"},
+         [](const Options& o) {
+             EXPECT_EQ(o.m_pages, "2-5");
+             EXPECT_EQ(o.m_clip, "0 0 100 100");
+             EXPECT_EQ(o.m_prefix, "My");  // not lower-cased
+             EXPECT_EQ(o.m_digits, 4);
+             EXPECT_EQ(o.m_password, "Pw");
+             EXPECT_EQ(o.m_extension, ".PDF");
+         }},
+        {{"--sub", "--verb=3", "--pages=7"},
+         [](const Options& o) {
+             EXPECT_TRUE(o.m_subfolders);
+             EXPECT_EQ(o.m_verbosity, 3);
+             EXPECT_EQ(o.m_pages, "7");
+         }},
+        {{"-o", ""},
+         [&](const Options& o) {
+             EXPECT_FALSE(o.m_to_screen);
+             EXPECT_EQ(o.m_output_path, cwd.string());
+         }},
+        {{"--noprompt", "--wordcount", "--charcount", "--pageinfo", "--noligatures", "--nodehyphen",
+          "--no_dup_remove", "--punct_break", "--remove_hidden_text", "--no_invisible_text",
+          "--xml_words_as_elements", "--output_bbox", "--xml_output_styles"},
+         [](const Options& o) {
+             for (bool b : {o.m_noprompt, o.m_wordcount, o.m_charcount, o.m_pageinfo, o.m_noligatures,
+                            o.m_nodehyphen, o.m_no_dup_remove, o.m_punct_break, o.m_remove_hidden_text,
+                            o.m_no_invisible_text, o.m_xml_words_as_elements, o.m_output_bbox,
+                            o.m_xml_output_styles})
+                 EXPECT_TRUE(b);
+             EXPECT_FALSE(o.m_subfolders);
+         }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::PrintToString(c.args));
+        Options opt;
+        auto args = c.args;
+        args.push_back(empty_folder);
+        EXPECT_EQ(RunArgs(args, opt), 0);
+        c.check(opt);
+    }
+}
+
+TEST(OptionsOutput, FolderIsMadeAbsoluteAndCreated) {
+    TempDir dir;
+    Options opt;
+    const fs::path out = dir / "x" / "y";
+    EXPECT_EQ(RunArgs({"-o", (dir / "x" / ".." / "x" / "y" / "").string(), dir.path().string()}, opt), 0);
+    EXPECT_EQ(opt.m_output_path, out.string());
+    EXPECT_TRUE(fs::is_directory(out));
+    EXPECT_FALSE(opt.m_to_screen);
+
+    // A path below a regular file can't be created: status 3, and no input is looked at.
+    lum::test::WriteFile(dir / "file", "x");
+    const fs::path bad = dir / "file" / "sub";
+    EXPECT_EQ(RunArgs({"-o", bad.string(), "no-such-input"}), 3);
+    EXPECT_EQ(gl_messages, (std::vector<Message>{{1, "Failed to create the output directory: " + bad.string()}}));
+}
+
+TEST(OptionsEcho, ParameterLinesAtVerbosityTwo) {
+    TempDir dir, out_dir;
+    const fs::path out = out_dir / "\xC3\xA9t\xC3\xA9";
+    const std::string folder = dir.path().string();
+    EXPECT_EQ(RunArgs({"--verb", "2", "-o", out.string(), "--subfolders", "-p", "se cret", "--xml_output_styles",
+                       "--noprompt", "-f", "xml", "-a", "1", "--digits", "2", folder}),
+              0);
+    const std::string out_ascii = out_dir.path().string() + "/\\U00E9t\\U00E9";
+    const std::vector<Message> want{
+        {2, "'output' parameter: " + out_ascii + "\n"},
+        {2, "'subfolders' parameter: true\n"},
+        {2, "'pass' parameter: se cret\n"},
+        {2, "'noprompt' parameter: true\n"},
+        {2, "'xml_output_styles' parameter: true\n"},
+        {2, "Processing... \n"},
+        {2, "Processing directory: " + folder + "...\n"},
+    };
+    EXPECT_EQ(gl_messages, want);
+
+    // Below verbosity 2 none of it appears.
+    EXPECT_EQ(RunArgs({"-p", "x", "--noprompt", folder}), 0);
+    EXPECT_TRUE(gl_messages.empty());
+}
