@@ -56,6 +56,14 @@ inline constexpr std::uint64_t kMaxFilterStages = 32;
 
 // --- Cross-reference and document store ---
 
+// --- Security ---
+
+// Crypt filters. Entries of an Encrypt dictionary's CF that become crypt handlers. Each one
+// tests the password on its own (a revision 6 test costs up to 288 rounds of AES and SHA-2), so
+// a hostile CF with thousands of entries would stall the opening; real files have one or two.
+// More than this fails the security step, as a damaged Encrypt dictionary would.
+inline constexpr std::size_t kMaxCryptFilters = 32;
+
 // --- Document, pages ---
 
 // Pages. A page count (the root's Count) above this is taken as this: the count drives the
