@@ -1,16 +1,217 @@
 #include "SDF/DocImpl.h"
 
-#include "Common/Exception.h"
+#include <cstring>
+#include <shared_mutex>
 
-// Placeholder bodies until the store is written; every load fails cleanly.
+#include "Common/Exception.h"
+#include "Common/UString.h"
+#include "Filters/MemoryFilter.h"
+#include "Filters/ThreadSafeFilter.h"
+#include "SDF/Obj.h"
+#include "SDF/ObjParser.h"
+#include "SDF/SecurityHandler.h"
+#include "SDF/XRefParser.h"
+#include "SDF/XRefRebuilderImpl.h"
+
 namespace lum::SDF {
 
-Indirect* DocImpl::GetObj(UInt32) { LUM_FAIL("Corrupt PDF"); }
-size_t DocImpl::GetXRefSize() const { return 0; }
-void DocImpl::LoadObj(Indirect&) { LUM_FAIL("Document is not attached to a file"); }
-ObjParser* DocImpl::GetObjParser() const { return nullptr; }
+namespace {
+// Initial buffer of the copy made of an input that cannot seek.
+constexpr size_t kUnseekableCopyInitialSize = 20000;
+
+// Copies everything `input` delivers into memory.
+std::unique_ptr<Filters::Filter> CopyIntoMemory(Filters::Filter& input) {
+    auto memory = std::make_unique<Filters::MemoryFilter>(kUnseekableCopyInitialSize, false);
+    for (size_t n; (n = input.Size()) != 0;) {
+        const UInt8* src = input.Begin();
+        size_t left = n;
+        while (left) {
+            const size_t room = memory->Size();
+            const size_t k = room < left ? room : left;
+            std::memcpy(memory->Begin(), src, k);
+            memory->Consume(k);
+            src += k;
+            left -= k;
+        }
+        input.Consume(n);
+    }
+    memory->SetAsInputFilter();
+    return memory;
+}
+}  // namespace
+
+DocAttachment::~DocAttachment() = default;
+
+DocImpl::DocImpl(SDFDoc* owner, std::unique_ptr<Filters::Filter> stream, bool check_root)
+    : mp_sdfdoc(owner) {
+    LUM_CHECK(stream && stream->IsInputFilter(), "The filter must be of the input type");
+    if (!stream->CanSeek()) stream = CopyIntoMemory(*stream);
+    // Streams are read through independent readers on the file, one per stream being read.
+    if (!dynamic_cast<Filters::ThreadSafeFilter*>(stream.get()))
+        stream = std::make_unique<Filters::ThreadSafeFilter>(std::move(stream));
+    m_input = std::move(stream);
+    m_obj_parser = std::make_unique<ObjParser>(this, m_input.get());
+    Open(check_root);
+}
+
+DocImpl::~DocImpl() {
+    // Higher layers' state may point into objects: it goes first, then the objects, while the
+    // parser and the file they were read from still exist.
+    for (auto& attachment : m_attachments) attachment.reset();
+    m_xref.Clear();
+}
+
+void DocImpl::Open(bool check_root) {
+    try {
+        {
+            XRefParser parser(this);
+            parser.Parse(0);
+        }
+        bool readable = false;
+        try {
+            readable = InitSecurityHandler(nullptr, true);
+        } catch (const Common::Exception&) {
+            readable = false;
+        }
+        // A document that waits for its password can't show its catalog yet.
+        if (readable && check_root)
+            LUM_CHECK(GetRoot()->Find(e_Pages) != GetRoot()->DictEnd(), "Bad Root");
+        return;
+    } catch (const Common::Exception& e) {
+        m_repair_reason = std::string("Corrupt PDF: ") + e.what();
+    }
+    m_obj_parser->Reset();
+    Rebuild();
+    m_rebuilt = true;
+    try {
+        InitSecurityHandler(nullptr, true);
+    } catch (const Common::Exception&) {
+    }
+}
+
+void DocImpl::Rebuild() {
+    XRefRebuilderImpl rebuilder(this);
+    rebuilder.Rebuild();
+}
+
+Indirect* DocImpl::GetObj(UInt32 num) {
+    LUM_CHECK(!m_xref.empty(), "Corrupt PDF");
+    // A number that no section mentions behaves as the trailer's entry.
+    if (num >= m_xref.size()) return m_xref[0];
+    Indirect* entry = m_xref[num];
+    return entry ? entry : m_xref[0];
+}
+
+size_t DocImpl::GetXRefSize() const { return m_xref.size(); }
+
+void DocImpl::LoadObj(Indirect& obj) {
+    std::lock_guard<std::recursive_mutex> lock(m_obj_lock);
+    if (obj.IsLoaded()) return;  // another thread was first
+    LUM_CHECK(obj.IsFree() == false, "Attempt to load a free object");
+    LUM_CHECK(m_obj_parser.get() != NULL, "Document is not attached to a file");
+    m_obj_parser->GetObj(obj);
+}
+
+ObjParser* DocImpl::GetObjParser() const { return m_obj_parser.get(); }
+
 std::unique_ptr<Filters::Filter> DocImpl::CreateInputIterator() const {
-    LUM_FAIL("Document is not attached to a file");
+    LUM_CHECK(m_input, "Document is not attached to a file");
+    return m_input->CreateInputIterator();
+}
+
+Indirect* DocImpl::GetTrailer() { return m_xref.empty() ? nullptr : m_xref[0]; }
+
+Obj* DocImpl::GetRoot() {
+    Indirect* trailer = GetTrailer();
+    Obj* root = trailer && trailer->GetTarget() ? trailer->FindObj(e_Root) : nullptr;
+    LUM_CHECK(root, "Doc root not found");
+    return root;
+}
+
+Indirect* DocImpl::CreateIndirect(Obj* value) {
+    // The target is set before the entry is published, so no reader sees it unloaded and the
+    // object lock is never taken inside the table's mutex.
+    auto* entry = new Indirect(this, 0, 0, 0, 0);
+    entry->SetTarget(value);
+    m_xref.AppendPending(entry);
+    return entry;
+}
+
+Indirect* DocImpl::GetDefaultFont() {
+    std::call_once(m_default_font_once, [this] {
+        auto* font = new Dict();
+        font->PutName(e_Type, "Font");
+        font->PutName(e_Subtype, "Type1");
+        font->PutName(e_BaseFont, "Helvetica");
+        font->PutName(e_Encoding, "WinAnsiEncoding");
+        mp_default_font = CreateIndirect(font);
+    });
+    return mp_default_font;
+}
+
+Indirect* DocImpl::GetBlankPage() {
+    std::lock_guard<Common::RecursiveSharedMutex> lock(m_doc_lock);
+    if (!mp_blank_page) {
+        auto* page = new Dict();
+        page->PutName(e_Type, "Page");
+        Obj* box = page->PutArray(e_MediaBox);
+        for (double v : {0.0, 0.0, 612.0, 792.0}) box->PushBack(new Number(v));
+        Obj* proc_set = page->PutDict(e_Resources)->PutArray(e_ProcSet);
+        for (const char* name : {"PDF", "Text", "ImageB", "ImageC", "ImageI"})
+            proc_set->PushBack(new Name(name));
+        mp_blank_page = CreateIndirect(page);
+    }
+    return mp_blank_page;
+}
+
+void DocImpl::NotifyModified(Obj*) {
+    // Nothing on the reading road depends on an object's content; the walk over dependents
+    // would run here, under the document lock taken shared.
+    std::shared_lock<Common::RecursiveSharedMutex> lock(m_doc_lock);
+}
+
+// --- Security ---
+//
+// The checking form runs inside opening. Until the standard security handler is wired in
+// here, a document whose trailer has a usable Encrypt dictionary counts as needing the
+// security layer (false), and every other document as plain (true).
+
+namespace {
+// The Encrypt dictionary and its Filter name, or false for a document to be read as plain.
+// An Encrypt entry that is no dictionary or has no Filter does not make a document encrypted.
+bool FindEncryptDict(Indirect* trailer, Obj*& encrypt, const char*& filter) {
+    try {
+        if (!trailer || !trailer->GetTarget()) return false;
+        encrypt = trailer->FindObj(e_Encrypt);
+        if (!encrypt) return false;
+        if (!encrypt->IsDict()) return false;
+        filter = encrypt->Get(e_Filter)->second->GetName();
+        return true;
+    } catch (const Common::Exception&) {
+        return false;
+    }
+}
+}  // namespace
+
+bool DocImpl::InitSecurityHandler(void*, bool) {
+    Obj* encrypt = nullptr;
+    const char* filter = nullptr;
+    if (!FindEncryptDict(GetTrailer(), encrypt, filter)) return true;
+    return false;
+}
+
+bool DocImpl::InitStdSecurityHandler(const UString&) {
+    Obj* encrypt = nullptr;
+    const char* filter = nullptr;
+    if (!FindEncryptDict(GetTrailer(), encrypt, filter)) return true;
+    return false;
+}
+
+void DocImpl::InstallSecurityHandler(std::unique_ptr<SecurityHandler> handler) {
+    std::unique_ptr<SecurityHandler> crypt = handler ? handler->Clone() : nullptr;
+    if (crypt) crypt->SetModified(false);
+    mp_security_handler = std::move(handler);
+    mp_crypt_handler = std::move(crypt);
 }
 
 }  // namespace lum::SDF
