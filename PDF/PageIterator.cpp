@@ -117,8 +117,8 @@ Obj* PageIterator::Find(Obj* root, Int32 p) {
     if (p == 0) return nullptr;
     Obj* kids = KidsArray(root);
     if (!kids) {
-        // A document whose root node is really its one page.
-        if (p == 1 && IsNamed(SafeFind(root, SDF::e_Type), "Page")) return root;
+        // A document whose root node is really its one page; no page follows it.
+        if (IsNamed(SafeFind(root, SDF::e_Type), "Page")) return p == 1 ? root : nullptr;
         LUM_FAIL("Page root is not valid.");
     }
     const UInt64 n = kids->Size();

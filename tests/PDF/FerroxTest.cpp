@@ -1,6 +1,5 @@
 // Library start and stop: re-entry, the locale, the resource path and the stale temp sweep.
 #include <gtest/gtest.h>
-
 #include <unistd.h>
 
 #include <clocale>
@@ -72,17 +71,17 @@ TEST(Ferrox, SweepRemovesFilesOfDeadProcessesOnly) {
         bool stays;
     } files[] = {
         {"Lum-" + dead + "-1700000000-abc", false},
-        {"Lum-" + dead + "-1-", false},                  // empty tail after the last minus
-        {"Lum-99999999999999999999-1-x", false},        // a number no process can have
-        {"Lum-" + me + "-1700000000-abc", true},        // this process runs
-        {"Lum-1-1-x", true},                            // init always runs
-        {"Lum-" + dead + "-abc", true},                 // one number only
-        {"Lum-" + dead + "-1700000000", true},          // no tail
+        {"Lum-" + dead + "-1-", false},           // empty tail after the last minus
+        {"Lum-99999999999999999999-1-x", false},  // a number no process can have
+        {"Lum-" + me + "-1700000000-abc", true},  // this process runs
+        {"Lum-1-1-x", true},                      // init always runs
+        {"Lum-" + dead + "-abc", true},           // one number only
+        {"Lum-" + dead + "-1700000000", true},    // no tail
         {"Lum-x" + dead + "-1-x", true},
         {"Lumber-" + dead + "-1-x", true},
-        {"Zantrix-" + dead + "-1-x", true},             // another prefix than the one swept
-        {"lum-" + dead + "-1-x", true},                 // the prefix is matched by case
-        {"xLum-" + dead + "-1-x", true},                // whole names only
+        {"Zantrix-" + dead + "-1-x", true},  // another prefix than the one swept
+        {"lum-" + dead + "-1-x", true},      // the prefix is matched by case
+        {"xLum-" + dead + "-1-x", true},     // whole names only
     };
     for (const auto& f : files) lum::test::WriteFile(dir / f.name, "");
     Ferrox::SweepStaleTempFiles(dir.path().string(), "Lum");
