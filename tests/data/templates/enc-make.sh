@@ -26,3 +26,8 @@ q $C --encrypt user owner 256 --cleartext-metadata -- "$src" enc-r6-aes256-clear
 q --object-streams=generate --encrypt user owner 256 -- "$src" enc-r6-aes256-objstm.pdf
 q $C --encrypt "" owner 256 -- "$src" enc-r6-aes256-owneronly.pdf
 q $C --encrypt hôtel âge 256 -- "$src" enc-r6-aes256-utf8.pdf
+# Passwords past the lengths the revisions read: 32 bytes at revision 4, 127 at revision 6.
+long32=abcdefghijklmnopqrstuvwxyz012345
+long127=$(printf 'p%.0s' $(seq 1 123))wxyz
+q $C --encrypt "$long32" owner 128 --use-aes=y -- "$src" enc-r4-aes128-long.pdf
+q $C --encrypt "$long127" owner 256 -- "$src" enc-r6-aes256-long.pdf
