@@ -1,0 +1,208 @@
+// Decoder chains from Filter and DecodeParms, on streams held in memory.
+#include <gtest/gtest.h>
+
+#include <zlib.h>
+
+#include <memory>
+#include <string>
+
+#include "Common/Limits.h"
+#include "Filters/FilterReader.h"
+#include "ObjTestSupport.h"
+#include "SDF/Obj.h"
+
+using namespace lum::SDF;
+using lum::UInt8;
+using lum::UInt16;
+using lum::UInt32;
+using lum::UInt64;
+using lum::Unicode;
+
+namespace {
+
+std::string ReadAll(std::unique_ptr<lum::Filters::Filter> f) {
+    lum::Filters::FilterReader r(f.get());
+    std::string out;
+    for (int c; (c = r.Get()) >= 0;) out += char(c);
+    return out;
+}
+
+std::string Hex(const std::string& s) {
+    static const char kHex[] = "0123456789ABCDEF";
+    std::string out;
+    for (unsigned char c : s) {
+        out += kHex[c >> 4];
+        out += kHex[c & 15];
+    }
+    return out + ">";
+}
+
+std::string Deflate(const std::string& s) {
+    uLongf n = compressBound(uLong(s.size()));
+    std::string out(n, '\0');
+    compress(reinterpret_cast<Bytef*>(out.data()), &n, reinterpret_cast<const Bytef*>(s.data()),
+             uLong(s.size()));
+    out.resize(n);
+    return out;
+}
+
+// LZW with literal codes only (clear, bytes, end), 9 bits wide: valid for short data.
+std::string LzwLiteral(const std::string& s) {
+    std::string out;
+    UInt32 acc = 0;
+    int bits = 0;
+    auto put = [&](UInt32 code) {
+        acc = (acc << 9) | code;
+        bits += 9;
+        while (bits >= 8) {
+            out += char((acc >> (bits - 8)) & 0xFF);
+            bits -= 8;
+        }
+    };
+    put(256);
+    for (unsigned char c : s) put(c);
+    put(257);
+    if (bits > 0) out += char((acc << (8 - bits)) & 0xFF);
+    return out;
+}
+
+std::string RunLength(const std::string& s) {
+    std::string out;
+    for (size_t i = 0; i < s.size(); i += 128) {
+        const size_t n = std::min<size_t>(128, s.size() - i);
+        out += char(n - 1);
+        out += s.substr(i, n);
+    }
+    return out + char(128);
+}
+
+// Rows of 3 bytes behind PNG "Sub" tags: each byte the difference to the one on its left.
+const std::string kPlainRows = "\x01\x02\x03\x10\x20\x30";
+const std::string kPngRows = std::string("\x01\x01\x01\x01\x01\x10\x10\x10", 8);
+
+// A memory stream whose dictionary is written in PDF syntax.
+std::unique_ptr<FileStream> MakeStream(const std::string& dict, const std::string& data) {
+    lum::test::MemParser p(dict);
+    p.One();
+    auto* d = static_cast<Dict*>(p->PopObjNoDelete());
+    return std::make_unique<FileStream>(d, std::vector<UInt8>(data.begin(), data.end()));
+}
+
+TEST(Stream, DecoderChains) {
+    struct Case {
+        const char* name;
+        std::string dict;
+        std::string data;
+        std::string decoded;
+    };
+    const std::string text = "Hello, object streams!";
+    const std::string a85 = "87cURD_*#L@VTIaF<GXHEb/ZrF!1~>";
+    const std::vector<Case> cases = {
+        {"no filter", "<<>>", "raw bytes", "raw bytes"},
+        {"empty array", "<</Filter []>>", "raw bytes", "raw bytes"},
+        {"hex", "<</Filter /ASCIIHexDecode>>", Hex(text), text},
+        {"hex abbreviated", "<</Filter /AHx>>", Hex(text), text},
+        {"a85", "<</Filter /A85>>", a85, text},
+        {"array in order", "<</Filter [/AHx /ASCII85Decode]>>", Hex(a85), text},
+        {"flate", "<</Filter /FlateDecode>>", Deflate(text), text},
+        {"fl", "<</Filter /Fl>>", Deflate(text), text},
+        {"run length", "<</Filter /RL>>", RunLength(text), text},
+        {"lzw", "<</Filter /LZWDecode>>", LzwLiteral(text), text},
+        {"lzw early 0", "<</Filter /LZW /DecodeParms <</EarlyChange 0>>>>", LzwLiteral(text), text},
+        {"png predictor", "<</Filter /Fl /DecodeParms <</Predictor 12 /Columns 3>>>>",
+         Deflate(kPngRows), kPlainRows},
+        {"png predictor in arrays",
+         "<</Filter [/AHx /Fl] /DecodeParms [null <</Predictor 15 /Columns 3>>]>>",
+         Hex(Deflate(kPngRows)), kPlainRows},
+        {"predictor 11 on lzw", "<</Filter /LZW /DecodeParms <</Predictor 11 /Columns 3>>>>",
+         LzwLiteral(kPngRows), kPlainRows},
+        {"predictor 1", "<</Filter /Fl /DecodeParms <</Predictor 1 /Columns 3>>>>",
+         Deflate(kPngRows), kPngRows},
+        {"no predictor", "<</Filter /Fl /DecodeParms <</Columns 3>>>>", Deflate(kPngRows), kPngRows},
+        // Filter array with a single dictionary: the dictionary is no array, so no parameters.
+        {"array with dict parms", "<</Filter [/Fl] /DecodeParms <</Predictor 12 /Columns 3>>>>",
+         Deflate(kPngRows), kPngRows},
+        // Filter name with an array of parameters: the array is no dictionary.
+        {"name with array parms", "<</Filter /Fl /DecodeParms [<</Predictor 12 /Columns 3>>]>>",
+         Deflate(kPngRows), kPngRows},
+        // A parameter array shorter than the filter array means no parameters for the rest.
+        {"short parms", "<</Filter [/AHx /Fl] /DecodeParms [null]>>", Hex(Deflate(text)), text},
+        // Without a security handler a Crypt stage leaves the chain as it is.
+        {"crypt without handler", "<</Filter [/AHx /Crypt] /DecodeParms [null <</Name /X>>]>>",
+         Hex(text), text},
+    };
+    for (const auto& c : cases) {
+        auto s = MakeStream(c.dict, c.data);
+        std::string got;
+        try {
+            got = ReadAll(s->GetDecodedStream());
+        } catch (const lum::Common::Exception& e) {
+            ADD_FAILURE() << c.name << ": " << e.GetMessage();
+            continue;
+        }
+        EXPECT_EQ(got, c.decoded) << c.name;
+        EXPECT_EQ(ReadAll(s->GetRawStream(true)), c.data) << c.name;
+    }
+}
+
+TEST(Stream, LeaveLastStage) {
+    const std::string text = "inner";
+    auto two = MakeStream("<</Filter [/AHx /Fl]>>", Hex(Deflate(text)));
+    EXPECT_EQ(ReadAll(two->GetDecodedStream(true)), Deflate(text));
+    auto one = MakeStream("<</Filter /AHx>>", Hex(text));
+    EXPECT_EQ(ReadAll(one->GetDecodedStream(true)), Hex(text));
+    auto none = MakeStream("<</Filter []>>", "x");
+    EXPECT_EQ(ReadAll(none->GetDecodedStream(true)), "x");
+}
+
+TEST(Stream, ChainFailures) {
+    struct Case {
+        const char* dict;
+        const char* message;
+        const char* condition;
+        const char* function;
+    };
+    const Case cases[] = {
+        {"<</Filter /NoSuchDecode>>", "Unknown filter", "false",
+         "lum::SDF::StreamCreateDecodeFilter"},
+        {"<</Filter [/AHx /Bogus]>>", "Unknown filter", "false",
+         "lum::SDF::StreamCreateDecodeFilter"},
+        {"<</Filter /Fl /DecodeParms <</Predictor 5>>>>", "Unknown predictor function.", "false",
+         "lum::SDF::StreamCreatePredictorFilter"},
+        {"<</Filter /Fl /DecodeParms <</Predictor 16>>>>", "Unknown predictor function.", "false",
+         "lum::SDF::StreamCreatePredictorFilter"},
+        {"<</Filter /CCF /DecodeParms <</Columns -5>>>>", "CCITTFaxDecode Columns is negative",
+         "Columns >= 0", "lum::SDF::StreamCreateDecodeFilter"},
+        // A Width that is not larger leaves Columns negative.
+        {"<</Filter /CCITTFaxDecode /DecodeParms <</Columns -5>> /Width -7>>",
+         "CCITTFaxDecode Columns is negative", "Columns >= 0", "lum::SDF::StreamCreateDecodeFilter"},
+        {"<</Filter 5>>", "GetName() can't be invoked on Obj of this type.", "false",
+         "lum::SDF::Obj::IllegalFunctionException"},
+    };
+    for (const auto& c : cases) {
+        auto s = MakeStream(c.dict, "00");
+        EXPECT_LUM_FAILURE(s->GetDecodedStream(), c.message, c.condition, c.function);
+    }
+    // A file stream that belongs to no document has no file to read.
+    FileStream orphan(new Dict(), 0, 1, 0);
+    EXPECT_LUM_FAILURE(orphan.GetRawStream(false), "Stm -> NULL doc", "d",
+                       "lum::SDF::FileStream::GetRawStream");
+}
+
+TEST(Stream, FilterStageBound) {
+    constexpr int kMax = int(lum::Limits::kMaxFilterStages);
+    const std::string text = "deep";
+    auto nested = [&](int stages) {
+        std::string data = text, names = "[";
+        for (int i = 0; i < stages; ++i) {
+            data = RunLength(data);
+            names += "/RL ";
+        }
+        return MakeStream("<</Filter " + names + "]>>", data);
+    };
+    EXPECT_EQ(ReadAll(nested(kMax)->GetDecodedStream()), text);
+    EXPECT_LUM_FAILURE(nested(kMax + 1)->GetDecodedStream(), "Too many filters in a stream",
+                       "n <= Limits::kMaxFilterStages", "lum::SDF::FileStream::GetDecodedStream");
+}
+
+}  // namespace

@@ -1,0 +1,134 @@
+// Token boundaries and the number reader.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <string>
+
+#include "ObjTestSupport.h"
+#include "SDF/Parser.h"
+
+using lum::SDF::ParseNumberToken;
+using lum::SDF::Parser;
+using lum::test::MemParser;
+
+namespace {
+
+TEST(Tokenizer, NumberTokens) {
+    struct Case {
+        const char* token;
+        double value;
+    };
+    const Case cases[] = {
+        {"0", 0},          {"42", 42},        {"-17", -17},     {"3.25", 3.25},
+        {".5", 0.5},       {"-.5", -0.5},     {"5.", 5},        {"--5", -5},
+        {"+-5", 5},        {"-+5", -5},       {"+5", 5},        {"1.-5", 1.5},
+        {"1.+5", 1.5},     {"1.2.3", 0},      {"12abc", 0},     {"1e5", 0},
+        {"5-3", 0},        {".", 0},          {"+", 0},         {"4294967295", 4294967295.0},
+        {"4294967296", 4294967296.0},          {"1234567890123", 1234567890123.0},
+        {"00000000000000000007", 7},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(ParseNumberToken(c.token, std::strlen(c.token)), c.value) << c.token;
+}
+
+TEST(Tokenizer, NumberEdgeValues) {
+    // A lone minus is negative zero.
+    const double z = ParseNumberToken("-", 1);
+    EXPECT_EQ(z, 0.0);
+    EXPECT_TRUE(std::signbit(z));
+    // 38 integer digits are a (large) number, the 39th ends the parse as a failure.
+    const std::string d38(38, '9'), d39(39, '9');
+    EXPECT_GT(ParseNumberToken(d38.data(), d38.size()), 9e37);
+    EXPECT_EQ(ParseNumberToken(d39.data(), d39.size()), 0);
+    // Fraction digits are not counted against that bound.
+    const std::string frac = "1." + std::string(60, '0') + "1";
+    EXPECT_NEAR(ParseNumberToken(frac.data(), frac.size()), 1.0, 1e-12);
+}
+
+// Reads the whole input as a sequence: each value's type letter, or the word in quotes.
+std::string Tokens(const std::string& bytes) {
+    MemParser p(bytes);
+    std::string out;
+    for (int guard = 0; guard < 1000; ++guard) {
+        p->ClearStack();
+        p->ResetNesting();
+        if (p->GetObj()) {
+            lum::SDF::Obj* v = p->GetOperandStack().back();
+            if (v->IsNumber()) {
+                char buf[32];
+                std::snprintf(buf, sizeof buf, "%g", v->GetNumber());
+                out += buf;
+            } else if (v->IsName()) {
+                out += "/";
+                out += v->GetName();
+            } else {
+                out += "v";
+            }
+            out += ' ';
+            continue;
+        }
+        if (p->GetTokenSize() == 0) break;
+        out += "'" + std::string(p->GetToken()) + "' ";
+    }
+    return out;
+}
+
+TEST(Tokenizer, WordBoundaries) {
+    struct Case {
+        const char* input;
+        const char* tokens;
+    };
+    const Case cases[] = {
+        // A percent ends a word and starts a comment; comments run to LF or CR.
+        {"abc%comment\ndef", "'abc' 'def' "},
+        {"12%x\r34", "12 34 "},
+        // A percent inside a number token ends it.
+        {"1%2\n3", "1 3 "},
+        // Delimiters are tokens of one byte and never join a word.
+        {"a{b}c", "'a' '{' 'b' '}' 'c' "},
+        // Vertical tab and other control bytes are word bytes, not white space.
+        {"a\x0b" "b c", "'a\x0b" "b' 'c' "},
+        {"1\x01" "2", "0 "},
+        {"/A/B /C", "/A /B /C "},
+        {"  \t\r\n\f ", ""},
+        {"%only a comment", ""},
+    };
+    for (const auto& c : cases) EXPECT_EQ(Tokens(c.input), c.tokens) << c.input;
+    // NUL is white space.
+    EXPECT_EQ(Tokens(std::string("7\0" "8", 3)), "7 8 ");
+}
+
+TEST(Tokenizer, LongTokensPassTheInitialBuffer) {
+    const std::string word(5000, 'w');
+    MemParser p(word + " next");
+    EXPECT_FALSE(p->GetObj());
+    EXPECT_EQ(p->GetTokenSize(), 5000u);
+    EXPECT_EQ(std::string(p->GetToken()), word);
+    EXPECT_FALSE(p->GetObj());
+    EXPECT_STREQ(p->GetToken(), "next");
+    EXPECT_FALSE(p->GetObj());
+    EXPECT_EQ(p->GetTokenSize(), 0u);
+    EXPECT_FALSE(p->GetObj());  // the end stays the end
+    EXPECT_EQ(p->GetTokenSize(), 0u);
+}
+
+TEST(Tokenizer, CharacterClasses) {
+    for (int c : {0x00, 0x09, 0x0A, 0x0C, 0x0D, 0x20}) {
+        EXPECT_TRUE(Parser::IsWhite(c)) << c;
+        EXPECT_TRUE(Parser::IsWordEnd(c)) << c;
+    }
+    for (int c : {'(', ')', '/', '<', '>', '[', ']', '{', '}'}) {
+        EXPECT_TRUE(Parser::IsDelimiter(c)) << c;
+        EXPECT_FALSE(Parser::IsWhite(c)) << c;
+    }
+    EXPECT_TRUE(Parser::IsWordEnd('%'));
+    EXPECT_FALSE(Parser::IsDelimiter('%'));
+    for (int c : {0x01, 0x08, 0x0B, 0x0E, 0x1F, 0x23, 0x7F, 0x80, 0xFF}) {
+        EXPECT_FALSE(Parser::IsWordEnd(c)) << c;
+        EXPECT_EQ(Parser::gl_char_class[c] & Parser::e_name_plain, 0) << c;
+    }
+    EXPECT_FALSE(Parser::IsWhite(-1));
+}
+
+}  // namespace
