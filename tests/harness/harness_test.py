@@ -109,6 +109,10 @@ class CorpusRunParsing(unittest.TestCase):
             with self.subTest(argv=argv):
                 self.assertEqual(corpus_run.split_command_line(argv), (ours, passed, folder))
 
+    def test_message_shape(self):
+        self.assertEqual(corpus_run.message_shape("Failed to read: /a/b12.pdf at 345", "/a/b12.pdf"),
+                         "Failed to read: <file> at N")
+
     def test_budget_cuts_evenly_across_sources(self):
         files = [(f"/c/{r}", r) for r in ["a/1", "a/2", "a/3", "b/1", "top.pdf", "c/x/1", "c/x/2"]]
         order = [rel for _, rel in corpus_run.interleave_by_folder(files)]
