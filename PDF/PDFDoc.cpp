@@ -81,7 +81,9 @@ Int32 PDFDoc::GetPageCount() {
 }
 
 PageIterator PDFDoc::GetPageIterator(Int32 page_number) {
-    return PageIterator(this, GetPagesRoot(), page_number);
+    Obj* root = GetPagesRoot();
+    std::lock_guard<std::mutex> lock(m_walk_lock);
+    return PageIterator(this, root, page_number, &m_walk_memo);
 }
 
 PageIterator PDFDoc::GetPageIteratorEnd() { return PageIterator(this, GetPagesRoot(), 0); }

@@ -2,6 +2,7 @@
 // The document as the tool sees it: an opened (and if need be repaired) file, its security
 // state, its catalog, a page count and a way to find page n through damaged page trees.
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include "Common/Types.h"
@@ -41,6 +42,9 @@ public:
 private:
     // Gives a trailer that lost its Root a catalog found by scanning the objects.
     void EnsureRoot();
+
+    std::mutex m_walk_lock;  // guards m_walk_memo
+    PageWalkMemo m_walk_memo;
 };
 
 }  // namespace lum::PDF

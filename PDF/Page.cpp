@@ -45,7 +45,10 @@ Obj* ParentOf(Obj* node) {
 
 bool Page::IsValid() const {
     if (!mp_leaf_node) return false;
-    if (mp_leaf_node->IsIndirect() && mp_leaf_node->IsFree()) return false;
+    // Objects the program makes (the blank page) carry the free kind, being no part of the
+    // file, but have a value; a free entry of the file never has one.
+    if (mp_leaf_node->IsIndirect() && mp_leaf_node->IsFree() && !mp_leaf_node->IsLoaded())
+        return false;
     return mp_leaf_node->IsDict();
 }
 

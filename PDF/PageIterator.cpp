@@ -62,10 +62,10 @@ bool IsNamed(Obj* obj, const char* text) {
 
 PageIterator::PageIterator() = default;
 
-PageIterator::PageIterator(PDFDoc* doc, Obj* root, Int32 page_number)
+PageIterator::PageIterator(PDFDoc* doc, Obj* root, Int32 page_number, PageWalkMemo* memo)
     : mp_doc(doc), mp_root(root) {
     m_stack.reserve(4);
-    Obj* page = Find(root, page_number);
+    Obj* page = Find(root, page_number, memo);
     if (!page) {
         SetEnd();
     } else {
@@ -112,7 +112,15 @@ bool PageIterator::OnPath(Obj* node) const {
     return false;
 }
 
-Obj* PageIterator::Find(Obj* root, Int32 p) {
+bool PageIterator::IsOnPath(const std::vector<PageWalkMemo::Frame>& frames, Obj* node) {
+    Obj* direct = node->GetDirect();
+    for (const auto& f : frames) {
+        if (f.node == node || f.node->GetDirect() == direct) return true;
+    }
+    return false;
+}
+
+Obj* PageIterator::Find(Obj* root, Int32 p, PageWalkMemo* memo) {
     m_stack.clear();
     if (p == 0) return nullptr;
     Obj* kids = KidsArray(root);
@@ -132,42 +140,75 @@ Obj* PageIterator::Find(Obj* root, Int32 p) {
             return kid;
         }
     }
+
+    // The walk's state: one frame per entered node, the last one being scanned.
+    std::vector<PageWalkMemo::Frame> frames;
     double seen = 0;
-    Obj* node = root;
+    UInt64 i = 0;
+    if (memo && memo->root == root && memo->page > 0 && p > memo->page) {
+        // A walk for a later page than the last one found makes the same decisions up to the
+        // first level whose entered node ends before p, so it starts there. Pages asked for in
+        // ascending order thus cost one pass over the tree in all, even where the root's Count
+        // is wrong and a flat tree can't be indexed.
+        const auto& last = memo->frames;
+        const size_t leaf_level = last.size() - 1;
+        size_t level = 0;
+        while (level < leaf_level && p <= last[level].seen + last[level].count) ++level;
+        frames.assign(last.begin(), last.begin() + static_cast<std::ptrdiff_t>(level) + 1);
+        seen = last[level].seen + last[level].count;
+        i = last[level].index + 1;
+    } else {
+        frames.push_back({root, kids, 0, 0, 0});
+    }
+
     // The walk only ever goes down: each step either moves to the next kid or enters a node
     // that is not on the path yet, and the path is capped, so it ends.
-    for (UInt64 i = 0; i < kids->Size(); ++i) {
-        Obj* kid = KidAt(kids, static_cast<UInt32>(i), node);
+    Obj* found = nullptr;
+    for (;;) {
+        PageWalkMemo::Frame& f = frames.back();
+        if (i >= f.kids->Size()) break;  // the kids of the node ran out
+        Obj* kid = KidAt(f.kids, static_cast<UInt32>(i), f.node);
         if (IsPageNode(kid)) {
-            seen += 1;
-            if (seen == p) {
-                m_stack.emplace_back(static_cast<UInt32>(i), node);
-                return kid;
+            if (seen + 1 == p) {
+                f.index = i;
+                f.seen = seen;
+                f.count = 1;
+                found = kid;
+                break;
             }
+            seen += 1;
+            ++i;
             continue;
         }
         double count = 0;
         Obj* sub_kids = KidsArray(kid);
-        if (!sub_kids || !NodeCount(kid, count)) continue;  // counts for nothing
-        if (p > seen + count) {
-            seen += count;
+        if (!sub_kids || !NodeCount(kid, count)) {  // counts for nothing
+            ++i;
             continue;
         }
         // A node that is already on the path (a cycle in Kids), or one level too many, is
         // passed over as if the page lay beyond it: the pages it claims are not found.
-        m_stack.emplace_back(static_cast<UInt32>(i), node);
-        if (node == kid || OnPath(kid) ||
-            m_stack.size() > static_cast<size_t>(Limits::kMaxPageTreeDepth)) {
-            m_stack.pop_back();
+        if (p > seen + count || IsOnPath(frames, kid) ||
+            frames.size() >= static_cast<size_t>(Limits::kMaxPageTreeDepth)) {
             seen += count;
+            ++i;
             continue;
         }
-        node = kid;
-        kids = sub_kids;
-        if (kids->Size() == 0) return nullptr;
-        i = static_cast<UInt64>(-1);  // the loop's increment starts the new node at kid 0
+        f.index = i;
+        f.seen = seen;
+        f.count = count;
+        if (sub_kids->Size() == 0) break;  // an entered node without kids ends the walk
+        frames.push_back({kid, sub_kids, 0, 0, 0});
+        i = 0;
     }
-    return nullptr;
+    if (!found) return nullptr;
+    for (const auto& f : frames) m_stack.emplace_back(static_cast<UInt32>(f.index), f.node);
+    if (memo) {
+        memo->root = root;
+        memo->page = p;
+        memo->frames = std::move(frames);
+    }
+    return found;
 }
 
 PageIterator& PageIterator::operator++() {

@@ -12,6 +12,21 @@ namespace lum::PDF {
 
 class PDFDoc;
 
+// The path of the last page found in one tree, from which a lookup of a later page goes on
+// instead of walking from the root again.
+struct PageWalkMemo {
+    struct Frame {
+        SDF::Obj* node;
+        SDF::Obj* kids;
+        UInt64 index;  // the kid entered, or the page found at the last level
+        double seen;   // pages counted before that kid
+        double count;  // the pages it holds by its Count (1 for the page)
+    };
+    SDF::Obj* root = nullptr;
+    Int32 page = 0;
+    std::vector<Frame> frames;
+};
+
 class PageIterator {
 public:
     // The path from the root to the current page: (index of the kid in the parent's Kids,
@@ -21,8 +36,9 @@ public:
     // The end iterator of no document.
     PageIterator();
     // Page `page_number` of the tree under `root`, or the end when there is no such page.
-    // Raises "Page root is not valid." when `root` has no Kids and is no page itself.
-    PageIterator(PDFDoc* doc, SDF::Obj* root, Int32 page_number);
+    // Raises "Page root is not valid." when `root` has no Kids and is no page itself. With a
+    // memo, the lookup may start from the path of an earlier one and records its own.
+    PageIterator(PDFDoc* doc, SDF::Obj* root, Int32 page_number, PageWalkMemo* memo = nullptr);
 
     Int32 GetPageNumber() const { return m_page_number; }
     Page& Current() { return m_page; }
@@ -43,11 +59,12 @@ public:
 
 private:
     // Walks from `root` to page `p`, filling the stack; null when the tree has no page p.
-    SDF::Obj* Find(SDF::Obj* root, Int32 p);
+    SDF::Obj* Find(SDF::Obj* root, Int32 p, PageWalkMemo* memo);
     // Kid `i` of `kids`, or the document's blank page for an element that is no dictionary or
     // can't be read (the latter is also written into the tree in its place).
     SDF::Obj* KidAt(SDF::Obj* kids, UInt32 i, SDF::Obj* parent);
     bool OnPath(SDF::Obj* node) const;
+    static bool IsOnPath(const std::vector<PageWalkMemo::Frame>& frames, SDF::Obj* node);
     void SetEnd();
 
     Stack m_stack;

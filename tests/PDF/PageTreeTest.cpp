@@ -1,6 +1,7 @@
 // Finding pages through damaged page trees, in files written for each case.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -156,6 +157,14 @@ TEST_P(PageTree, FindsPagesByNumber) {
     Opened f(c.objects);
     EXPECT_EQ(c.count, f.doc->GetPageCount());
     EXPECT_EQ(c.pages, LookUp(*f.doc, static_cast<int>(c.pages.size())));
+    // Ascending lookups go on from the last page found; each page alone, from the root, and
+    // in descending order must give the same answers.
+    for (int p = static_cast<int>(c.pages.size()); p >= 1; --p) {
+        PageIterator fresh(f.doc.get(), f.doc->GetPagesRoot(), p);
+        EXPECT_EQ(c.pages[p - 1], Describe(*f.doc, fresh)) << "page " << p;
+        PageIterator descending = f.doc->GetPageIterator(p);
+        EXPECT_EQ(c.pages[p - 1], Describe(*f.doc, descending)) << "page " << p;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Trees, PageTree, ::testing::ValuesIn(TreeCases()),
@@ -236,6 +245,44 @@ TEST(PageTree, LargeFlatTreesAreIndexedDirectly) {
         PageIterator first = f.doc->GetPageIterator(1);
         EXPECT_EQ("1004", Describe(*f.doc, first));
     }
+}
+
+TEST(PageTree, LaterLookupsResumeAtTheRightLevel) {
+    // Two levels below the root; pages 1-3 in the first subtree (Count 3 but 2 pages: page 3
+    // is lost), pages 4-5 in the second. Lookups in every order of skipping agree with fresh
+    // walks from the root.
+    Opened f({kCatalog, "<< /Type /Pages /Kids [3 0 R 6 0 R 9 0 R] /Count 6 >>",
+              "<< /Type /Pages /Kids [4 0 R 5 0 R] /Count 3 >>", kPage, kPage,
+              "<< /Type /Pages /Kids [7 0 R 8 0 R] /Count 2 >>", kPage, kPage, kPage});
+    const std::vector<std::string> want = {"4", "5", "end", "7", "8", "9", "end"};
+    for (int first = 1; first <= 7; ++first) {
+        for (int second = first + 1; second <= 7; ++second) {
+            PageIterator a = f.doc->GetPageIterator(first);
+            PageIterator b = f.doc->GetPageIterator(second);
+            EXPECT_EQ(want[first - 1], Describe(*f.doc, a)) << first << " then " << second;
+            EXPECT_EQ(want[second - 1], Describe(*f.doc, b)) << first << " then " << second;
+        }
+    }
+}
+
+TEST(PageTree, FlatTreeWithWrongCountStaysLinear) {
+    // 20000 kids whose Count is one too many: no direct indexing, and a walk from the root for
+    // every page would take 2*10^8 kid visits.
+    const int n = 20000;
+    std::string kids;
+    std::vector<std::string> objects = {kCatalog, ""};
+    for (int i = 0; i < n; ++i) {
+        kids += std::to_string(i + 3) + " 0 R ";
+        objects.push_back(kPage);
+    }
+    objects[1] = "<< /Type /Pages /Kids [" + kids + "] /Count " + std::to_string(n + 1) + " >>";
+    Opened f(objects);
+    const auto start = std::chrono::steady_clock::now();
+    for (int p = 1; p <= n; ++p) {
+        PageIterator it = f.doc->GetPageIterator(p);
+        ASSERT_EQ(static_cast<lum::UInt32>(p + 2), it->mp_leaf_node->GetObjNum());
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 
 std::vector<std::string> Iterate(PDFDoc& doc) {
