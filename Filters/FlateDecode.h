@@ -12,9 +12,10 @@ namespace lum::Filters {
 
 class FlateDecode : public BufFilter {
 public:
-    // Output window size; larger than a typical page of text so that a stream usually passes
-    // in few windows, small enough to stay in cache.
-    static constexpr size_t kBufferSize = 16384;
+    // Output window size. zlib decodes the last 258 bytes before a full output buffer on its
+    // slow path, so a small buffer costs: at 4096 bytes the chain ran at ~85% of a bare inflate
+    // loop, at 32 KiB within a few percent of it (inputs come in 1 KiB mapped-file windows).
+    static constexpr size_t kBufferSize = 32768;
 
     // `raw`: deflate data without the zlib header and checksum.
     explicit FlateDecode(std::unique_ptr<Filter> input, bool raw = false);
