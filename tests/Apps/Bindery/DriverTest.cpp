@@ -1,0 +1,315 @@
+// The document driver end to end through the built program: output names and files, the page
+// list, the password step and every failure row, each with its text and the run's status.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "support/TestSupport.h"
+
+namespace fs = std::filesystem;
+using lum::test::RunResult;
+using lum::test::RunScrivex;
+using lum::test::TempDir;
+
+namespace {
+
+// A copy of a test file under a name of the test's choosing.
+fs::path Put(const TempDir& dir, const std::string& data_file, const std::string& name) {
+    const fs::path p = dir / name;
+    lum::test::WriteFile(p, lum::test::ReadFile(lum::test::DataPath(data_file)));
+    return p;
+}
+
+std::vector<std::string> FilesIn(const fs::path& folder) {
+    std::vector<std::string> names;
+    if (!fs::is_directory(folder)) return names;
+    for (const auto& e : fs::directory_iterator(folder))
+        names.push_back(e.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+bool Contains(const std::string& hay, const std::string& needle) {
+    return hay.find(needle) != std::string::npos;
+}
+
+const std::string kBom = "\xEF\xBB\xBF";
+const std::string kLetterLine = "612, 792, 0, 0, 612, 792, 0, 0, 612, 792, 0\n";
+
+struct NamingCase {
+    const char* name;
+    std::vector<std::string> args;   // besides -o out --pageinfo my.pdf
+    std::vector<std::string> files;  // in out/
+};
+
+class OutputNaming : public ::testing::TestWithParam<NamingCase> {};
+
+TEST_P(OutputNaming, OneFilePerPage) {
+    const NamingCase& c = GetParam();
+    TempDir dir;
+    Put(dir, "pages-boxes.pdf", "my.pdf");  // six pages
+    std::vector<std::string> args = {"-o", "out", "--pageinfo", "my.pdf"};
+    args.insert(args.end(), c.args.begin(), c.args.end());
+    const RunResult r = RunScrivex(args, dir.path());
+    EXPECT_EQ(0, r.status) << r.out;
+    EXPECT_EQ(c.files, FilesIn(dir / "out")) << r.out;
+    // Output file names are announced to the message channel only: nothing on the console.
+    EXPECT_FALSE(Contains(r.out, "my_1")) << r.out;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Names, OutputNaming,
+    ::testing::Values(
+        NamingCase{"SeveralPagesCount",
+                   {},
+                   {"my_1.txt", "my_2.txt", "my_3.txt", "my_4.txt", "my_5.txt", "my_6.txt"}},
+        NamingCase{"OnePageHasNoCounter", {"--pages", "3"}, {"my.txt"}},
+        NamingCase{"RepeatedPageIsOnePage", {"--pages", "1,1,1"}, {"my.txt"}},
+        NamingCase{"Digits", {"--digits", "4", "--pages", "1-2"}, {"my0001.txt", "my0002.txt"}},
+        NamingCase{"DigitsOnOnePage", {"--digits", "1", "-f", "xml", "--pages", "1"}, {"my1.xml"}},
+        NamingCase{"DigitsNine", {"--digits", "9", "--pages", "6"}, {"my000000006.txt"}},
+        NamingCase{
+            "DigitsZeroIsIgnored", {"--digits", "0", "--pages", "5-6"}, {"my_5.txt", "my_6.txt"}},
+        NamingCase{"DigitsTwelveIsIgnored", {"--digits", "12", "--pages", "2"}, {"my.txt"}},
+        NamingCase{"NegativeDigitsIsIgnored",
+                   {"--digits", "-3", "--pages", "2,4"},
+                   {"my_2.txt", "my_4.txt"}},
+        NamingCase{"XmlOnlyExactly", {"-f", "XML", "--pages", "1"}, {"my.xml"}},
+        NamingCase{"OtherFormatIsTxt", {"-f", "wordlist", "--pages", "1"}, {"my.txt"}},
+        NamingCase{"Prefix", {"--prefix", "pre", "--pages", "1,2"}, {"pre_1.txt", "pre_2.txt"}},
+        NamingCase{"NotFoundPagesMakeNoFile", {"--pages", "7-"}, {"my_6.txt"}}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST(DriverCli, OutputFileHoldsMarkAndReport) {
+    TempDir dir;
+    Put(dir, "pages-one.pdf", "one.pdf");
+    // A trailing separator on the output folder is dropped once.
+    RunResult r = RunScrivex({"-o", "out/", "--pageinfo", "one.pdf"}, dir.path());
+    EXPECT_EQ(0, r.status);
+    EXPECT_EQ(kBom + kLetterLine, lum::test::ReadFile(dir / "out" / "one.txt"));
+
+    r = RunScrivex({"-o", "out16", "--pageinfo", "--encoding", "UTF16", "one.pdf"}, dir.path());
+    std::string want = "\xFF\xFE";
+    for (char c : kLetterLine) want += std::string{c, '\0'};
+    EXPECT_EQ(want, lum::test::ReadFile(dir / "out16" / "one.txt"));
+
+    // Any other encoding is UTF-8 without a word; an existing file is replaced.
+    lum::test::WriteFile(dir / "out" / "one.txt", std::string(100000, 'x'));
+    r = RunScrivex({"-o", "out", "--pageinfo", "-e", "latin1", "one.pdf"}, dir.path());
+    EXPECT_EQ(kBom + kLetterLine, lum::test::ReadFile(dir / "out" / "one.txt"));
+    EXPECT_FALSE(Contains(r.out, "Error")) << r.out;
+
+    // Without pageinfo the page's file is made, and holds the mark alone until the text
+    // engine writes into it.
+    r = RunScrivex({"-o", "text", "one.pdf"}, dir.path());
+    EXPECT_EQ(kBom, lum::test::ReadFile(dir / "text" / "one.txt"));
+}
+
+TEST(DriverCli, ScreenOutputAndVerbosity) {
+    TempDir dir;
+    Put(dir, "pages-one.pdf", "one.pdf");
+    RunResult r = RunScrivex({"--pageinfo", "one.pdf"}, dir.path());
+    EXPECT_EQ((dir / "one.pdf").string() + "\n" + kLetterLine, r.out);
+    r = RunScrivex({"--pageinfo", "--verb", "0", "one.pdf"}, dir.path());
+    EXPECT_EQ(kLetterLine, r.out);
+    r = RunScrivex({"--pageinfo", "--verb", "3", "one.pdf"}, dir.path());
+    EXPECT_TRUE(Contains(r.out,
+                         "Processing page: 1...\nwidth, height, media box, crop box, page "
+                         "rotation:\n" +
+                             kLetterLine))
+        << r.out;
+    // Without pageinfo nothing is written for a page yet.
+    r = RunScrivex({"--verb", "0", "one.pdf"}, dir.path());
+    EXPECT_EQ("", r.out);
+}
+
+struct PageListCase {
+    const char* pages;
+    std::string out;  // after the echo of the file, with --verb 1
+};
+
+class PageListCli : public ::testing::TestWithParam<PageListCase> {};
+
+std::string Report(int page) {
+    // pages-boxes.pdf: one line per page, see its template.
+    static const char* lines[] = {
+        "841.89, 595.28, 0, 0, 595.28, 841.89, 0, 0, 595.28, 841.89, 90\n",
+        "792, 612, 612, 792, 0, 0, 612, 792, 0, 0, 270\n",
+        "10, 10, 100, 100, 200, 200, 10, 10, 20, 20, 0\n",
+        "100, 92, 0, 0, 612, 792, 0, 700, 100, 792, 180\n",
+        "0, 792, 0, 0, 0, 792, 0, 0, 0, 792, 0\n",
+        "3.5001, 1.23457e+06, 0.123457, -3.5, 1.23457e+06, 0.0001, 0.123457, -3.5, "
+        "1.23457e+06, 0.0001, 90\n"};
+    return lines[page - 1];
+}
+
+TEST_P(PageListCli, SelectsAndReports) {
+    const PageListCase& c = GetParam();
+    TempDir dir;
+    const fs::path pdf = Put(dir, "pages-boxes.pdf", "b.pdf");
+    const RunResult r = RunScrivex({"--pageinfo", "--pages", c.pages, "b.pdf"}, dir.path());
+    EXPECT_EQ(0, r.status);
+    EXPECT_EQ(pdf.string() + "\n" + c.out, r.out);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Lists, PageListCli,
+    ::testing::Values(
+        PageListCase{"-", Report(1) + Report(2) + Report(3) + Report(4) + Report(5) + Report(6)},
+        PageListCase{"6,2", Report(2) + Report(6)},
+        PageListCase{"4-", Report(4) + Report(5) + Report(6)},
+        PageListCase{"even", Report(2) + Report(4) + Report(6)},
+        PageListCase{"1-5o", Report(1) + Report(3) + Report(5)},
+        // Past the end: each number not found, with a blank line; m_last_error is not touched.
+        PageListCase{"8", "Error: Page number 8 not found.\n\n"},
+        PageListCase{"7-", Report(6) + "Error: Page number 7 not found.\n\n"},
+        PageListCase{"9-20", ""},
+        // A bad token: reported once, and the pages before it are still converted.
+        PageListCase{
+            "2,x,3",
+            "Error: An illegal value was specified for 'pages' option: 2,x,3\n\n" + Report(2)},
+        PageListCase{"0", "Error: An illegal value was specified for 'pages' option: 0\n\n"},
+        PageListCase{"2147483647-",
+                     "Error: An illegal value was specified for 'pages' option: 2147483647-\n\n"}));
+
+TEST(DriverCli, FailuresEndWhatTheyShould) {
+    TempDir dir;
+    lum::test::WriteFile(dir / "empty.pdf", "");
+    lum::test::WriteFile(dir / "text.pdf", "This is no PDF at all.\n");
+    Put(dir, "pages-badroot.pdf", "badroot.pdf");
+    Put(dir, "pages-one.pdf", "z.pdf");
+    const RunResult r =
+        RunScrivex({"--pageinfo", "empty.pdf", "text.pdf", "badroot.pdf", "z.pdf"}, dir.path());
+    EXPECT_EQ(0, r.status);  // failures of documents don't reach the exit status
+    for (const char* name : {"empty.pdf", "text.pdf", "badroot.pdf"}) {
+        const std::string path = (dir / name).string();
+        EXPECT_TRUE(Contains(r.out, path + "\nError: Failed to read: " + path +
+                                        "\nThe file is not a valid PDF document.\n"))
+            << r.out;
+    }
+    // The next file is still processed.
+    EXPECT_TRUE(Contains(r.out, (dir / "z.pdf").string() + "\n" + kLetterLine)) << r.out;
+    EXPECT_TRUE(r.err.empty()) << r.err;
+
+    // At verbosity 2 the failure says where the output would have gone and why.
+    const RunResult v = RunScrivex({"--pageinfo", "--verb", "2", "badroot.pdf"}, dir.path());
+    EXPECT_TRUE(Contains(v.out, "The file is not a valid PDF document.\nTrying to save to: " +
+                                    (dir / "badroot").string() +
+                                    "\nException: \n\t Message: Page root is not valid.\n"))
+        << v.out;
+}
+
+TEST(DriverCli, PageErrorEndsThatPageOnly) {
+    TempDir dir;
+    Put(dir, "pages-badpage.pdf", "bad.pdf");
+    RunResult r = RunScrivex({"--pageinfo", "bad.pdf"}, dir.path());
+    EXPECT_EQ(0, r.status);
+    EXPECT_EQ((dir / "bad.pdf").string() + "\n" + kLetterLine +
+                  "Error: A PDF error occurred during processing\n" +
+                  "792, 612, 0, 0, 612, 792, 0, 0, 612, 792, 270\n",
+              r.out);
+    r = RunScrivex({"--pageinfo", "--verb", "2", "bad.pdf"}, dir.path());
+    EXPECT_TRUE(Contains(r.out,
+                         "Error: A PDF error occurred during processing\nException: \n\t "
+                         "Message: GetNumber() can't be invoked on Obj of this type."))
+        << r.out;
+
+    // In file mode the earlier and later pages' files are complete.
+    r = RunScrivex({"-o", "out", "--pageinfo", "bad.pdf"}, dir.path());
+    EXPECT_EQ(kBom + kLetterLine, lum::test::ReadFile(dir / "out" / "bad_1.txt"));
+    EXPECT_EQ(kBom + "792, 612, 0, 0, 612, 792, 0, 0, 612, 792, 270\n",
+              lum::test::ReadFile(dir / "out" / "bad_3.txt"));
+}
+
+TEST(DriverCli, OutputFileThatCannotBeCreatedEndsTheDocument) {
+    TempDir dir;
+    Put(dir, "pages-boxes.pdf", "a.pdf");
+    Put(dir, "pages-one.pdf", "b.pdf");
+    // A folder where the second page's file should go.
+    fs::create_directories(dir / "out" / "a_2.txt");
+    const RunResult r = RunScrivex({"-o", "out", "--pageinfo", "a.pdf", "b.pdf"}, dir.path());
+    EXPECT_EQ(0, r.status);
+    EXPECT_TRUE(Contains(
+        r.out, "Error: Failed to create the output file: " + (dir / "out" / "a_2.txt").string() +
+                   "\n\n" + (dir / "b.pdf").string() + "\n"))
+        << r.out;
+    // The pages after it are not converted; the next document is.
+    EXPECT_EQ((std::vector<std::string>{"a_1.txt", "a_2.txt", "b.txt"}), FilesIn(dir / "out"));
+    EXPECT_EQ(kBom + kLetterLine, lum::test::ReadFile(dir / "out" / "b.txt"));
+}
+
+TEST(DriverCli, UnreadableFileAndFolder) {
+    if (geteuid() == 0) GTEST_SKIP() << "running as root: file rights don't keep anything out";
+    TempDir dir;
+    Put(dir, "pages-one.pdf", "locked.pdf");
+    fs::permissions(dir / "locked.pdf", fs::perms::none);
+    Put(dir, "pages-one.pdf", "z.pdf");
+    const RunResult r = RunScrivex({"--pageinfo", "locked.pdf", "z.pdf"}, dir.path());
+    EXPECT_EQ(0, r.status);
+    EXPECT_TRUE(Contains(r.out, "Error: Failed to read: " + (dir / "locked.pdf").string() +
+                                    "\nThe file is not a valid PDF document.\n"))
+        << r.out;
+    EXPECT_TRUE(Contains(r.out, (dir / "z.pdf").string() + "\n" + kLetterLine)) << r.out;
+}
+
+TEST(DriverCli, NoPromptOnEncryptedDocument) {
+    TempDir dir;
+    Put(dir, "enc-r2-rc4-40.pdf", "enc.pdf");
+    Put(dir, "pages-one.pdf", "z.pdf");
+    const RunResult r = RunScrivex({"--pageinfo", "--noprompt", "enc.pdf", "z.pdf"}, dir.path());
+    EXPECT_EQ(0, r.status);
+    EXPECT_EQ((dir / "enc.pdf").string() + "\nError: A valid password is required to open: " +
+                  (dir / "enc.pdf").string() + "\n" + (dir / "z.pdf").string() + "\n" + kLetterLine,
+              r.out);
+}
+
+TEST(DriverCli, ThreeWrongPasswordsAbandonTheDocument) {
+    TempDir dir;
+    Put(dir, "enc-r2-rc4-40.pdf", "enc.pdf");
+    Put(dir, "pages-one.pdf", "z.pdf");
+    const std::string prompt = "Wrong password.\nPlease enter the correct password: ";
+    // The first prompt says "Wrong password." although none was given.
+    const RunResult r = RunScrivex({"--pageinfo", "enc.pdf", "z.pdf"}, dir.path(), "a\nb\nc\n");
+    EXPECT_EQ(0, r.status);
+    EXPECT_EQ((dir / "enc.pdf").string() + "\n" + prompt + prompt + prompt +
+                  "Error: Wrong password. Failed to open: " + (dir / "enc.pdf").string() + "\n" +
+                  (dir / "z.pdf").string() + "\n" + kLetterLine,
+              r.out);
+}
+
+// Whether the security step opens encrypted documents with their password yet.
+bool PasswordsOpenDocuments(const TempDir& dir) {
+    const fs::path p = Put(dir, "enc-r2-rc4-40.pdf", "probe.pdf");
+    const RunResult r = RunScrivex({"--pageinfo", "--noprompt", "--pass", "user", p.string()});
+    fs::remove(p);
+    return !Contains(r.out, "Error");
+}
+
+TEST(DriverCli, PasswordTypedAtThePromptServesLaterDocuments) {
+    TempDir dir;
+    if (!PasswordsOpenDocuments(dir)) GTEST_SKIP() << "the security handler isn't wired in yet";
+    Put(dir, "enc-r2-rc4-40.pdf", "a.pdf");
+    Put(dir, "enc-r2-rc4-40.pdf", "b.pdf");
+    const std::string prompt = "Wrong password.\nPlease enter the correct password: ";
+    // A wrong answer, an empty one (tried as the empty password) and the right one; the
+    // second document opens without a prompt.
+    RunResult r = RunScrivex({"--pageinfo", "a.pdf", "b.pdf"}, dir.path(), "x\n\nuser\n");
+    EXPECT_EQ(0, r.status);
+    const std::string report = "612, 792, 0, 0, 612, 792, 0, 0, 612, 792, 0\n";
+    EXPECT_TRUE(Contains(r.out, prompt + prompt + prompt + report)) << r.out;
+    EXPECT_TRUE(Contains(r.out, (dir / "b.pdf").string() + "\n" + report)) << r.out;
+    // The password option is the first attempt; a wrong one goes to the prompt.
+    r = RunScrivex({"--pageinfo", "--pass", "user", "a.pdf"}, dir.path());
+    EXPECT_FALSE(Contains(r.out, "Wrong password")) << r.out;
+    r = RunScrivex({"--pageinfo", "--pass", "nope", "--noprompt", "a.pdf"}, dir.path());
+    EXPECT_TRUE(Contains(r.out, "Error: A valid password is required to open: ")) << r.out;
+    // The owner password opens it too.
+    r = RunScrivex({"--pageinfo", "--pass", "owner", "a.pdf"}, dir.path());
+    EXPECT_FALSE(Contains(r.out, "Error")) << r.out;
+}
+
+}  // namespace
