@@ -57,21 +57,28 @@ inline constexpr std::uint64_t kMaxFilterStages = 32;
 // --- Cross-reference and document store ---
 
 // Entries. The largest table that a cross-reference section may ask for: its Size, the end of
-// a subsection, the end of a stream's Index range, a reference in a trailer. A slot costs a
-// pointer and each row an object, so 8 Mi entries are about 0.5 GiB at worst; the largest real
-// files hold a few million objects. A section asking for more counts as damaged, and the
-// table is rebuilt from the file's bytes instead.
+// a subsection, the end of a stream's Index range, a reference in a trailer; also the records
+// read from all cross-reference streams of one file. A slot costs a pointer, so this is 64 MiB
+// of slots; the largest real files hold a few million objects. A section asking for more
+// counts as damaged, and the table is rebuilt from the file's bytes instead.
 inline constexpr std::uint64_t kMaxXRefEntries = std::uint64_t(1) << 23;
 
-// Entries. Below kMaxXRefEntries a table may also not be larger than the file has bytes (every
-// object, even compressed, costs more than one byte of the file); tables up to this size are
-// accepted whatever the file's size, so small files with sparse numbers still parse.
+// Entries. Each entry that the cross-reference data makes is an object of about 50 bytes, made
+// for a row or a record, so a file can't honestly make more of them than it has bytes; tables
+// up to this many entries are accepted whatever the file's size. Stops a small stream whose
+// Index asks for millions of records past the end of its data.
 inline constexpr std::uint64_t kMinXRefEntryBound = 65536;
 
 // Object numbers. The rebuild makes entries only below this number: it scans objects it can't
 // trust, and a single "4000000000 0 obj" must not make a table of billions. A header above it
 // ends the scan; a reference above it fails the object that holds it.
 inline constexpr std::uint64_t kMaxRebuiltObjNum = std::uint64_t(1) << 20;
+
+// Loads. Objects whose loading is under way at once on one thread: loading one object can
+// load another (an object stream's indirect Length, a reference used as an operand). Real
+// files nest two or three; the bound stops chains built to exhaust the stack, and a load of
+// an object that is already being loaded fails as a loop.
+inline constexpr std::size_t kMaxNestedLoads = 64;
 
 // --- Security ---
 

@@ -1,9 +1,11 @@
 #include "SDF/DocImpl.h"
 
+#include <algorithm>
 #include <cstring>
 #include <shared_mutex>
 
 #include "Common/Exception.h"
+#include "Common/Limits.h"
 #include "Common/UString.h"
 #include "Filters/MemoryFilter.h"
 #include "Filters/ThreadSafeFilter.h"
@@ -109,6 +111,17 @@ void DocImpl::LoadObj(Indirect& obj) {
     if (obj.IsLoaded()) return;  // another thread was first
     LUM_CHECK(obj.IsFree() == false, "Attempt to load a free object");
     LUM_CHECK(m_obj_parser.get() != NULL, "Document is not attached to a file");
+    // A load can touch other objects (an indirect Length, an operand that is a reference);
+    // a cycle among them would recurse without end, and a long chain would exhaust the stack.
+    LUM_CHECK(std::find(m_loading.begin(), m_loading.end(), &obj) == m_loading.end(),
+              "Loop detected while loading object %u", obj.GetObjNum());
+    LUM_CHECK(m_loading.size() < Limits::kMaxNestedLoads,
+              "Objects nested too deeply while loading object %u", obj.GetObjNum());
+    m_loading.push_back(&obj);
+    struct Pop {
+        std::vector<Indirect*>& loading;
+        ~Pop() { loading.pop_back(); }
+    } pop{m_loading};
     m_obj_parser->GetObj(obj);
 }
 

@@ -8,6 +8,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "Common/RecursiveSharedMutex.h"
 #include "Common/Types.h"
@@ -159,6 +160,8 @@ private:
     UInt32 m_first_obj_num = 0;
     std::string m_repair_reason;
     std::array<std::unique_ptr<DocAttachment>, e_attachment_count> m_attachments;
+    // Objects whose load is under way on the thread that holds the object lock.
+    std::vector<Indirect*> m_loading;
 };
 
 }  // namespace lum::SDF

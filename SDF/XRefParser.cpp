@@ -42,8 +42,8 @@ XRefParser::XRefParser(DocImpl* doc) : Parser(doc), m_reader_owner(doc->CreateIn
     m_file_size = static_cast<UInt64>(m_reader_owner->Tell());
     m_reader_owner->Seek(0, Filters::Filter::e_begin);
     AttachStream(m_reader_owner.get());
-    m_max_entries = std::min<UInt64>(Limits::kMaxXRefEntries,
-                                     std::max<UInt64>(Limits::kMinXRefEntryBound, m_file_size));
+    m_max_made = std::min<UInt64>(Limits::kMaxXRefEntries,
+                                  std::max<UInt64>(Limits::kMinXRefEntryBound, m_file_size));
 }
 
 XRefParser::~XRefParser() {
@@ -54,12 +54,15 @@ XRefParser::~XRefParser() {
 void XRefParser::Parse(UInt64 start_num) {
     const bool second_pass = start_num != 0;
     m_sections_seen.clear();
+    m_stream_sections_seen.clear();
     m_records_read = 0;
+    m_entries_made = 0;
 
     const UInt64 header_offset = ReadHeader();
     const UInt64 xref_offset = AddOffsets(FindXRefOffset(), header_offset);
     mp_doc->m_last_xref_offset = xref_offset;
 
+    m_sections_seen.insert(xref_offset);
     Obj* trailer1 = ParseXRef(xref_offset, header_offset, true, second_pass, start_num);
     LUM_CHECK(trailer1, "Could not read the trailer.");
     Obj* size = trailer1->FindObj(e_Size);
@@ -78,8 +81,14 @@ void XRefParser::Parse(UInt64 start_num) {
         if (current->Find(e_XRefStm) != current->DictEnd()) {
             const UInt64 stm =
                 AddOffsets(ToOffset(current->FindObj(e_XRefStm)->GetNumber()), header_offset);
-            ParseXRef(stm, header_offset, false, second_pass, start_num);
+            // Trailers of several revisions (and both trailers of a linearised file) may name
+            // the same stream; its rows could fill nothing the second time.
+            if (m_stream_sections_seen.insert(stm).second)
+                ParseXRef(stm, header_offset, false, second_pass, start_num);
         }
+        // A chain that comes back to a section would never end.
+        LUM_CHECK(m_sections_seen.insert(prev).second,
+                  "Loop in the Prev chain at offset %llu", static_cast<unsigned long long>(prev));
         Obj* trailer = ParseXRef(prev, header_offset, false, second_pass, start_num);
         LUM_CHECK(trailer, "Could not read the trailer.");
         current = trailer;
@@ -177,22 +186,19 @@ UInt64 XRefParser::FindXRefOffset() {
 
 Obj* XRefParser::ParseXRef(UInt64 offset, UInt64 header_offset, bool first_section,
                            bool second_pass, UInt64& start_num) {
-    LUM_CHECK(m_sections_seen.insert(offset).second,
-              "Cross-reference section at offset %llu read twice",
-              static_cast<unsigned long long>(offset));
     m_stream.Seek(SeekTarget(offset));
     SkipWhiteSpaceAndComments();
     if (m_stream.Peek() == 'x') {
         LUM_CHECK(m_stream.Get() == 'x' && m_stream.Get() == 'r' && m_stream.Get() == 'e' &&
                       m_stream.Get() == 'f',
                   "xref table not found");
-        return ParseXRefTable(header_offset, first_section, second_pass, start_num);
+        return ParseXRef(TableSection{}, header_offset, first_section, second_pass, start_num);
     }
-    return ParseXRefStreamSection(header_offset, first_section);
+    return ParseXRef(StreamSection{}, header_offset, first_section);
 }
 
-Obj* XRefParser::ParseXRefTable(UInt64 header_offset, bool first_section, bool second_pass,
-                                UInt64& start_num) {
+Obj* XRefParser::ParseXRef(TableSection, UInt64 header_offset, bool first_section,
+                           bool second_pass, UInt64& start_num) {
     ClearStack();
     ResetNesting();
     if (!GetObj()) {
@@ -257,7 +263,7 @@ Obj* XRefParser::ParseXRefTable(UInt64 header_offset, bool first_section, bool s
     return trailer;
 }
 
-Obj* XRefParser::ParseXRefStreamSection(UInt64 header_offset, bool first_section) {
+Obj* XRefParser::ParseXRef(StreamSection, UInt64 header_offset, bool first_section) {
     ClearStack();
     ResetNesting();
     while (GetObj()) {
@@ -292,8 +298,7 @@ Obj* XRefParser::ParseXRefStreamSection(UInt64 header_offset, bool first_section
         GrowTable(std::max<UInt64>(size, 1));
         Indirect* zero = mp_doc->m_xref[0];
         if (!zero) {
-            zero = new Indirect(mp_doc, 0, 65535, Indirect::kPlaceholderOffset, 0);
-            mp_doc->m_xref.Set(0, zero);
+            zero = MakeEntry(0, 65535, Indirect::kPlaceholderOffset, 0);
         } else {
             zero->SetOffset(Indirect::kPlaceholderOffset);
             zero->SetGenField(65535);
@@ -346,7 +351,8 @@ void XRefParser::ReadXRefStream(Filters::FilterReader& reader, UInt64 start, UIn
     LUM_CHECK(start <= end, "Bad xref");
     // Ranges may overlap, so the table bound alone does not bound the work.
     m_records_read += count;
-    LUM_CHECK(m_records_read <= m_max_entries, "Cross-reference stream has too many records");
+    LUM_CHECK(m_records_read <= Limits::kMaxXRefEntries,
+              "Cross-reference streams have too many records");
     GrowTable(end);
 
     XRefTable& xref = mp_doc->m_xref;
@@ -361,15 +367,10 @@ void XRefParser::ReadXRefStream(Filters::FilterReader& reader, UInt64 start, UIn
             at_end = reader.Peek() < 0;
         }
         Indirect* entry = xref[n];
-        const UInt32 num = static_cast<UInt32>(n);
         if (at_end || kind >= 3) {
             // A kind we don't know leaves the reader inside the record: later records are
             // read out of step, as their writer meant nothing else.
-            if (!entry) {
-                entry = new Indirect(mp_doc, num, 0, 0, 1);
-                entry->SetModifiedFlag(true);
-                xref.Set(n, entry);
-            }
+            if (!entry) MakeEntry(n, 0, 0, 1)->SetModifiedFlag(true);
             continue;
         }
         UInt64 field2 = 0;
@@ -379,8 +380,7 @@ void XRefParser::ReadXRefStream(Filters::FilterReader& reader, UInt64 start, UIn
         for (UInt32 k = 0; k < field3_sz; ++k) field3 = (field3 << 8) | UInt32(std::max(reader.Get(), 0));
 
         if (!entry) {
-            xref.Set(n, new Indirect(mp_doc, num, static_cast<UInt16>(field3), field2,
-                                     static_cast<UInt8>(kind)));
+            MakeEntry(n, static_cast<UInt16>(field3), field2, static_cast<UInt8>(kind));
         } else if (entry->GetOffset() == Indirect::kPlaceholderOffset) {
             entry->SetField1(static_cast<UInt8>(kind));
             entry->SetOffset(field2);
@@ -398,8 +398,7 @@ void XRefParser::ApplyRow(UInt64 n, UInt64 offset, UInt64 gen, bool free,
     const UInt8 kind = free ? 0 : 1;
     Indirect* entry = mp_doc->m_xref[n];
     if (!entry) {
-        mp_doc->m_xref.Set(n, new Indirect(mp_doc, static_cast<UInt32>(n),
-                                           static_cast<UInt16>(gen), at, kind));
+        MakeEntry(n, static_cast<UInt16>(gen), at, kind);
     } else if (entry->GetOffset() == Indirect::kPlaceholderOffset) {
         entry->SetOffset(at);
         entry->SetGenField(static_cast<UInt16>(gen));
@@ -408,15 +407,24 @@ void XRefParser::ApplyRow(UInt64 n, UInt64 offset, UInt64 gen, bool free,
 }
 
 void XRefParser::GrowTable(UInt64 n) {
-    LUM_CHECK(n <= m_max_entries, "Cross-reference table too large (%llu entries)",
+    LUM_CHECK(n <= Limits::kMaxXRefEntries, "Cross-reference table too large (%llu entries)",
               static_cast<unsigned long long>(n));
     if (n > mp_doc->m_xref.size()) mp_doc->m_xref.Grow(n);
+}
+
+Indirect* XRefParser::MakeEntry(UInt64 n, UInt16 gen, UInt64 offset, UInt8 kind) {
+    LUM_CHECK(++m_entries_made <= m_max_made,
+              "More cross-reference entries than the file can hold (%llu)",
+              static_cast<unsigned long long>(m_max_made));
+    auto* entry = new Indirect(mp_doc, static_cast<UInt32>(n), gen, offset, kind);
+    mp_doc->m_xref.Set(n, entry);
+    return entry;
 }
 
 void XRefParser::EnsureEntryZero() {
     XRefTable& xref = mp_doc->m_xref;
     if (xref.empty()) xref.Grow(1);
-    if (!xref[0]) xref.Set(0, new Indirect(mp_doc, 0, 65535, Indirect::kPlaceholderOffset, 0));
+    if (!xref[0]) MakeEntry(0, 65535, Indirect::kPlaceholderOffset, 0);
 }
 
 bool XRefParser::ContainerOperator(const char*) {
@@ -431,14 +439,11 @@ bool XRefParser::ContainerOperator(const char*) {
     const UInt16 gen = CutTo16(gen_obj->GetNumber());
     PopObj();
     PopObj();
-    LUM_CHECK(num < m_max_entries, "Cross-reference table too large (%llu entries)",
+    LUM_CHECK(num < Limits::kMaxXRefEntries, "Cross-reference table too large (%llu entries)",
               static_cast<unsigned long long>(num));
     GrowTable(num + 1);
     Indirect* entry = mp_doc->m_xref[num];
-    if (!entry) {
-        entry = new Indirect(mp_doc, static_cast<UInt32>(num), gen, Indirect::kPlaceholderOffset, 0);
-        mp_doc->m_xref.Set(num, entry);
-    }
+    if (!entry) entry = MakeEntry(num, gen, Indirect::kPlaceholderOffset, 0);
     Push(entry);
     return true;
 }

@@ -36,9 +36,13 @@ private:
     // stays on the operand stack until the next section is read.
     Obj* ParseXRef(UInt64 offset, UInt64 header_offset, bool first_section, bool second_pass,
                    UInt64& start_num);
-    Obj* ParseXRefTable(UInt64 header_offset, bool first_section, bool second_pass,
-                        UInt64& start_num);
-    Obj* ParseXRefStreamSection(UInt64 header_offset, bool first_section);
+    // The two kinds of section, behind their first bytes. They share the name of ParseXRef so
+    // that a failure raised inside names the step of the parse it belongs to.
+    struct TableSection {};
+    struct StreamSection {};
+    Obj* ParseXRef(TableSection, UInt64 header_offset, bool first_section, bool second_pass,
+                   UInt64& start_num);
+    Obj* ParseXRef(StreamSection, UInt64 header_offset, bool first_section);
     // Reads the records of one Index range of a cross-reference stream.
     void ReadXRefStream(Filters::FilterReader& reader, UInt64 start, UInt64 count,
                         UInt32 field1_sz, UInt32 field2_sz, UInt32 field3_sz,
@@ -49,13 +53,22 @@ private:
     void GrowTable(UInt64 n);
     // Makes sure entry 0 exists, as the free-list head every table has.
     void EnsureEntryZero();
+    // Creates entry n (the slot must be empty); fails when the file has made more entries
+    // than its size allows.
+    Indirect* MakeEntry(UInt64 n, UInt16 gen, UInt64 offset, UInt8 kind);
 
     std::unique_ptr<Filters::Filter> m_reader_owner;
     UInt64 m_file_size = 0;
-    UInt64 m_max_entries = 0;
-    // Offsets of the sections read, so a chain that comes back is a failure, not a loop.
+    // Entries made in one pass may not outnumber the file's bytes (beyond a floor): a table
+    // may be sparse, but every entry made stands for bytes of a row or record.
+    UInt64 m_max_made = 0;
+    UInt64 m_entries_made = 0;
+    // Offsets of the sections of the Prev chain, so a chain that comes back fails instead of
+    // running forever; stream sections named by XRefStm are read once each.
     std::unordered_set<UInt64> m_sections_seen;
-    // Records read from cross-reference streams in this pass; bounded like the table.
+    std::unordered_set<UInt64> m_stream_sections_seen;
+    // Records read from cross-reference streams in this pass; their ranges may overlap, so
+    // this bounds the work where the table's size does not.
     UInt64 m_records_read = 0;
 };
 

@@ -77,14 +77,14 @@ void XRefRebuilderImpl::Rebuild() {
             }
             const UInt64 num = ToUInt64(m_operand_stack[0]->GetNumber());
             const UInt16 gen = CutTo16(m_operand_stack[1]->GetNumber());
-            ReadObject(pos, num, gen);
+            Rebuild(ObjectBody{}, pos, num, gen);
         }
     } catch (const Common::Exception&) {
     }
     Finish();
 }
 
-void XRefRebuilderImpl::ReadObject(UInt64 pos, UInt64 obj_num, UInt16 gen) {
+void XRefRebuilderImpl::Rebuild(ObjectBody, UInt64 pos, UInt64 obj_num, UInt16 gen) {
     XRefResize(obj_num);
     const UInt32 num = static_cast<UInt32>(obj_num);
     try {
@@ -102,7 +102,7 @@ void XRefRebuilderImpl::ReadObject(UInt64 pos, UInt64 obj_num, UInt16 gen) {
         LUM_CHECK(m_operand_stack.size() >= 1, "Operator endobj expects a single argument");
     } else if (StartsWith(word, "stream")) {
         bool done = false;
-        target = ReadStream(pos, num, gen, done);
+        target = Rebuild(StreamData{}, pos, num, gen, done);
         if (done) return;
     } else {
         LUM_FAIL("Unexpected operator encountered");
@@ -110,7 +110,7 @@ void XRefRebuilderImpl::ReadObject(UInt64 pos, UInt64 obj_num, UInt16 gen) {
     Record(pos, num, gen, target);
 }
 
-Obj* XRefRebuilderImpl::ReadStream(UInt64 pos, UInt32 num, UInt16 gen, bool& done) {
+Obj* XRefRebuilderImpl::Rebuild(StreamData, UInt64 pos, UInt32 num, UInt16 gen, bool& done) {
     if (m_stream.Get() == '\r' && m_stream.Peek() == '\n') m_stream.Get();
     const UInt64 data_start = static_cast<UInt64>(m_stream.Tell());
     LUM_CHECK(m_operand_stack.size() == 1, "Stream expects a dictionary as an argument");

@@ -33,11 +33,14 @@ protected:
     bool ContainerOperator(const char* word) override;
 
 private:
-    // One object at `pos` whose header has been read; fails when the scan must end.
-    void ReadObject(UInt64 pos, UInt64 obj_num, UInt16 gen);
-    // Behind the word "stream": answers the stream taken from the stack for the entry (one
-    // without Filter), or null; sets `done` when the object needs no recording.
-    Obj* ReadStream(UInt64 pos, UInt32 num, UInt16 gen, bool& done);
+    // The steps of the scan behind an object header at `pos`, and behind the word "stream".
+    // They share the name of Rebuild so that a failure raised inside names the scan. The
+    // stream step answers the stream taken from the stack for the entry (one without Filter),
+    // or null, and sets `done` when the object needs no recording.
+    struct ObjectBody {};
+    struct StreamData {};
+    void Rebuild(ObjectBody, UInt64 pos, UInt64 obj_num, UInt16 gen);
+    Obj* Rebuild(StreamData, UInt64 pos, UInt32 num, UInt16 gen, bool& done);
     // Records object `num` found at `pos`, with `target` (owned) when given.
     void Record(UInt64 pos, UInt32 num, UInt16 gen, Obj* target);
     // Reads up to the next "endobj" that follows a separator, or the end of the file.

@@ -1,0 +1,124 @@
+#pragma once
+// Helpers for the tests of the document store: documents opened on bytes in memory, a small
+// builder that writes PDFs with right offsets, and catching a failure with its texts.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "Common/Exception.h"
+#include "Filters/ExtBufInputFilter.h"
+#include "SDF/DocImpl.h"
+#include "SDF/Obj.h"
+#include "SDF/SDFDoc.h"
+
+namespace lum::test {
+
+struct StoreFailure {
+    bool thrown = false;
+    std::string message;
+    std::string condition;
+    std::string function;
+};
+
+template <class F>
+StoreFailure CatchStoreFailure(F&& f) {
+    StoreFailure r;
+    try {
+        f();
+    } catch (const Common::Exception& e) {
+        r.thrown = true;
+        r.message = e.GetMessage();
+        r.condition = e.GetCondition();
+        r.function = e.GetFunction();
+    }
+    return r;
+}
+
+// A document opened on bytes that it keeps.
+class MemDoc {
+public:
+    explicit MemDoc(std::string bytes, bool check_root = true) : m_bytes(std::move(bytes)) {
+        m_doc = std::make_unique<SDF::SDFDoc>(
+            std::make_unique<Filters::ExtBufInputFilter>(
+                reinterpret_cast<const UInt8*>(m_bytes.data()), m_bytes.size()),
+            check_root);
+    }
+    SDF::SDFDoc& Doc() { return *m_doc; }
+    SDF::DocImpl& Impl() { return *m_doc->GetImpl(); }
+    SDF::Indirect* Get(UInt32 num) { return Impl().GetObj(num); }
+    // The trailer's dictionary (of a cross-reference stream: the stream, which answers the
+    // dictionary's questions).
+    SDF::Obj* Trailer() { return Impl().GetTrailer()->GetTarget(); }
+    const std::string& Bytes() const { return m_bytes; }
+
+private:
+    std::string m_bytes;
+    std::unique_ptr<SDF::SDFDoc> m_doc;
+};
+
+// Writes a PDF piece by piece, remembering where each object starts.
+class PdfBuilder {
+public:
+    explicit PdfBuilder(std::string start = "%PDF-1.7\n") : m_out(std::move(start)) {}
+
+    // "num gen obj", the body, "endobj".
+    PdfBuilder& Object(UInt32 num, const std::string& body, UInt16 gen = 0) {
+        m_offsets[num] = m_out.size();
+        m_out += std::to_string(num) + " " + std::to_string(gen) + " obj\n" + body + "\nendobj\n";
+        return *this;
+    }
+    PdfBuilder& Raw(const std::string& bytes) {
+        m_out += bytes;
+        return *this;
+    }
+    // The catalog, page tree and one page as objects 1 to 3.
+    PdfBuilder& PageTree() {
+        Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
+        Object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>");
+        return Object(3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] >>");
+    }
+    size_t Pos() const { return m_out.size(); }
+    size_t OffsetOf(UInt32 num) const { return m_offsets.at(num); }
+
+    // A 20-byte table row.
+    static std::string Row(size_t offset, UInt32 gen, char type) {
+        char row[32];
+        std::snprintf(row, sizeof row, "%010zu %05u %c\r\n", offset, gen, type);
+        return row;
+    }
+    // "xref" and one subsection over 0..max of the objects written (missing ones free).
+    std::string Table(size_t shift = 0) const {
+        const UInt32 size = m_offsets.empty() ? 1 : m_offsets.rbegin()->first + 1;
+        std::string t = "xref\n0 " + std::to_string(size) + "\n" + Row(0, 65535, 'f');
+        for (UInt32 n = 1; n < size; ++n) {
+            auto it = m_offsets.find(n);
+            t += it == m_offsets.end() ? Row(0, 65535, 'f') : Row(it->second + shift, 0, 'n');
+        }
+        return t;
+    }
+    // The table, its trailer and startxref: a complete file.
+    std::string WithTable(const std::string& trailer_extra = "/Root 1 0 R") {
+        const size_t at = m_out.size();
+        const UInt32 size = m_offsets.empty() ? 1 : m_offsets.rbegin()->first + 1;
+        m_out += Table() + "trailer\n<< /Size " + std::to_string(size) + " " + trailer_extra +
+                 " >>\nstartxref\n" + std::to_string(at) + "\n%%EOF\n";
+        return m_out;
+    }
+    const std::string& Bytes() const { return m_out; }
+
+private:
+    std::string m_out;
+    std::map<UInt32, size_t> m_offsets;
+};
+
+// The text of a string object, or "" for anything else.
+inline std::string StrText(SDF::Obj* obj) {
+    if (!obj || !obj->IsString()) return "";
+    const UInt8* b = obj->GetBuffer();
+    return b ? std::string(reinterpret_cast<const char*>(b), obj->Size()) : std::string();
+}
+
+}  // namespace lum::test
