@@ -1,0 +1,32 @@
+// The predictor stages alone, on raw rows. Header: [kind][colors][bits][columns lo][columns hi];
+// kind bit 0 chooses TIFF or PNG, bit 1 reads the input in 1 KiB windows.
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <memory>
+
+#include "Filters/ExtBufInputFilter.h"
+#include "Filters/FilterReader.h"
+#include "Filters/Predictor.h"
+#include "Filters/ThreadSafeFilter.h"
+
+using namespace lum::Filters;
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    if (size < 5) return 0;
+    const int colors = data[1] % 34;  // 0 and above the usual 32 too
+    const int bits = data[2] % 34;    // every width from 0 to 33, the bad ones raise
+    const int columns = data[3] | (data[4] << 8);
+    std::unique_ptr<Filter> f = std::make_unique<ExtBufInputFilter>(data + 5, size - 5);
+    if (data[0] & 2) f = std::make_unique<ThreadSafeFilter>(std::move(f));
+    try {
+        f = CreatePredictorFilter(std::move(f), (data[0] & 1) ? 2 : 10, columns, colors, bits);
+    } catch (const std::exception&) {
+        return 0;
+    }
+    FilterReader r(f.get());
+    uint8_t buf[1000];
+    while (r.Read(buf, sizeof buf) > 0) {
+    }
+    return 0;
+}
