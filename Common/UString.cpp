@@ -34,10 +34,8 @@ const char kHexDigits[] = "0123456789ABCDEF";
 }  // namespace
 
 UString::UString(const UString& other) {
-    if (!other.Empty()) mp_impl = new Storage(*other.mp_impl);
+    if (!other.Empty()) mp_impl = std::make_unique<Storage>(*other.mp_impl);
 }
-
-UString::UString(UString&& other) noexcept : mp_impl(other.mp_impl) { other.mp_impl = nullptr; }
 
 UString::UString(const Unicode* value) {
     if (value) Assign(value, -1);
@@ -77,21 +75,13 @@ UString::UString(const std::string& utf8) {
     IMPL_LUM_UStringAssignAscii(*this, utf8.data(), CheckedLength(utf8.size()), enc_utf8);
 }
 
-UString::~UString() { delete mp_impl; }
+UString::~UString() = default;
 
 UString& UString::operator=(const UString& other) { return Assign(other); }
 
-UString& UString::operator=(UString&& other) noexcept {
-    if (this != &other) {
-        delete mp_impl;
-        mp_impl = other.mp_impl;
-        other.mp_impl = nullptr;
-    }
-    return *this;
-}
 
 UString::Storage& UString::Mutable() {
-    if (!mp_impl) mp_impl = new Storage();
+    if (!mp_impl) mp_impl = std::make_unique<Storage>();
     return *mp_impl;
 }
 
@@ -192,15 +182,32 @@ void UString::Reserve(int length) {
 
 // --- Conversions that can't fail -------------------------------------------------------------
 
+namespace {
+
+// Size of the ASCII form: one byte per unit, six for each unit of 128 or above.
+int AsciiSize(const Unicode* p, int len) noexcept {
+    int wide = 0;
+    for (int i = 0; i < len; ++i) wide += p[i] >= 0x80;
+    return len + 5 * wide;
+}
+
+// Writes the "\UXXXX" group of a unit; answers the bytes written.
+inline int WriteGroup(Unicode u, char* out) noexcept {
+    out[0] = '\\';
+    out[1] = 'U';
+    out[2] = kHexDigits[(u >> 12) & 0xF];
+    out[3] = kHexDigits[(u >> 8) & 0xF];
+    out[4] = kHexDigits[(u >> 4) & 0xF];
+    out[5] = kHexDigits[u & 0xF];
+    return 6;
+}
+
+}  // namespace
+
 int UString::ConvertToAscii(char* out_buf, int buf_sz, bool null_term) const {
     const Unicode* p = GetBuffer();
     const int len = GetLength();
-    if (!out_buf) {
-        int size = len;
-        for (int i = 0; i < len; ++i)
-            if (p[i] >= 0x80) size += 5;
-        return size;
-    }
+    if (!out_buf) return AsciiSize(p, len);
     if (buf_sz <= 0) return 0;
     const int room = null_term ? buf_sz - 1 : buf_sz;
     int o = 0;
@@ -211,9 +218,7 @@ int UString::ConvertToAscii(char* out_buf, int buf_sz, bool null_term) const {
             out_buf[o++] = static_cast<char>(u);
         } else {
             if (o + 6 > room) break;
-            out_buf[o++] = '\\';
-            out_buf[o++] = 'U';
-            for (int shift = 12; shift >= 0; shift -= 4) out_buf[o++] = kHexDigits[(u >> shift) & 0xF];
+            o += WriteGroup(u, out_buf + o);
         }
     }
     if (null_term) out_buf[o] = 0;
@@ -221,8 +226,18 @@ int UString::ConvertToAscii(char* out_buf, int buf_sz, bool null_term) const {
 }
 
 std::string UString::ConvertToAscii() const {
-    std::string out(static_cast<size_t>(ConvertToAscii(nullptr, 0)), '\0');
-    if (!out.empty()) ConvertToAscii(out.data(), static_cast<int>(out.size()), false);
+    const Unicode* p = GetBuffer();
+    const int len = GetLength();
+    // Sized exactly beforehand, so the loop needs no room checks.
+    std::string out(static_cast<size_t>(AsciiSize(p, len)), '\0');
+    char* o = out.data();
+    for (int i = 0; i < len; ++i) {
+        const Unicode u = p[i];
+        if (u < 0x80)
+            *o++ = static_cast<char>(u);
+        else
+            o += WriteGroup(u, o);
+    }
     return out;
 }
 

@@ -5,6 +5,7 @@
 // string's bytes are decided.
 #include <cstddef>
 #include <iosfwd>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -35,7 +36,7 @@ public:
 
     UString() noexcept = default;
     UString(const UString& other);
-    UString(UString&& other) noexcept;
+    UString(UString&& other) noexcept = default;
     explicit UString(const Unicode* value);           // NUL-terminated
     UString(const Unicode* value, int length);         // `length` units; negative: NUL-terminated
     explicit UString(Unicode value);                   // one unit
@@ -49,7 +50,7 @@ public:
     ~UString();
 
     UString& operator=(const UString& other);
-    UString& operator=(UString&& other) noexcept;
+    UString& operator=(UString&& other) noexcept = default;
 
     UString& Assign(const UString& other);
     // A negative count means NUL-terminated. `value` may point into this string itself.
@@ -115,8 +116,9 @@ private:
     Storage& Mutable();  // the owned storage, created on first need
 
     // A null pointer is the empty string: a fresh or moved-from handle costs no allocation.
-    // The storage is either empty or the units followed by one 0 unit.
-    Storage* mp_impl = nullptr;
+    // The storage is either empty or the units followed by one 0 unit. Owned through a smart
+    // pointer so that a constructor that fails half-way frees what it made.
+    std::unique_ptr<Storage> mp_impl;
 };
 
 // Writes the ConvertToAscii form.
