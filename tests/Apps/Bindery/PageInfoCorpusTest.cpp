@@ -1,0 +1,221 @@
+// The page report against another reader over the shared corpus: for every page that pdfinfo
+// (poppler) reads, media box, crop box and rotation must agree to pdfinfo's two decimals,
+// except where our page rules deliberately differ (listed with the reason in
+// tests/data/pageinfo-differences.tsv). Every file runs under a time and memory limit; a crash
+// or a hang on any of them fails the test.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "support/TestSupport.h"
+
+namespace fs = std::filesystem;
+using lum::test::Run;
+using lum::test::RunResult;
+
+namespace {
+
+struct Geometry {
+    double media[4];
+    double crop[4];
+    int rotation;
+};
+
+using PageMap = std::map<int, Geometry>;
+
+const char kPrlimit[] = "/usr/bin/prlimit";
+const char kMemoryLimit[] = "--as=2147483648";
+
+RunResult RunLimited(const std::string& program, std::vector<std::string> args, int seconds) {
+    args.insert(args.begin(), {kMemoryLimit, "--", program});
+    return Run(kPrlimit, args, {}, {}, seconds);
+}
+
+std::vector<std::string> CorpusFiles(const fs::path& corpus) {
+    std::ifstream in(corpus / "MANIFEST.tsv");
+    std::vector<std::string> files;
+    std::string line;
+    std::getline(in, line);  // header
+    while (std::getline(in, line)) files.push_back(line.substr(0, line.find('\t')));
+    return files;
+}
+
+void Order(double* box) {
+    if (box[0] > box[2]) std::swap(box[0], box[2]);
+    if (box[1] > box[3]) std::swap(box[1], box[3]);
+}
+
+// pdfinfo's pages that have boxes; pages it could not print have none and are left out.
+PageMap ReadPdfinfo(const std::string& out) {
+    PageMap pages;
+    std::map<int, int> have;
+    static const std::regex line_re(R"(^Page\s+(\d+) (rot|MediaBox|CropBox):\s+(.*)$)");
+    std::istringstream in(out);
+    for (std::string line; std::getline(in, line);) {
+        std::smatch m;
+        if (!std::regex_match(line, m, line_re)) continue;
+        const int n = std::stoi(m[1]);
+        Geometry& g = pages[n];
+        std::istringstream values(m[3].str());
+        if (m[2] == "rot") {
+            values >> g.rotation;
+        } else {
+            double* box = m[2] == "MediaBox" ? g.media : g.crop;
+            for (int i = 0; i < 4; ++i) values >> box[i];
+            have[n] |= m[2] == "MediaBox" ? 1 : 2;
+        }
+    }
+    for (auto it = pages.begin(); it != pages.end();)
+        it = have[it->first] == 3 ? std::next(it) : pages.erase(it);
+    return pages;
+}
+
+struct OurDocument {
+    PageMap pages;
+    bool unopened = false;  // failed as a whole (unreadable, password)
+};
+
+// Our report of one batch, by file: "Processing page: n..." and the report line behind it.
+void ReadOurs(const std::string& out, const std::set<std::string>& paths,
+              std::map<std::string, OurDocument>& docs) {
+    static const std::regex report_re(
+        R"(^([^,]+), ([^,]+), ([^,]+), ([^,]+), ([^,]+), ([^,]+), ([^,]+), ([^,]+), ([^,]+), ([^,]+), (0|90|180|270)$)");
+    std::istringstream in(out);
+    std::string current;
+    int page = 0;
+    for (std::string line; std::getline(in, line);) {
+        if (paths.count(line)) {
+            current = line;
+            page = 0;
+            docs[current];
+            continue;
+        }
+        if (current.empty()) continue;
+        if (line.rfind("Processing page: ", 0) == 0) {
+            page = std::atoi(line.c_str() + 17);
+            continue;
+        }
+        if (line.rfind("Error: Failed to read: ", 0) == 0 ||
+            line.rfind("Error: A valid password is required", 0) == 0 ||
+            line.rfind("Error: An unknown error occurred while reading", 0) == 0) {
+            docs[current].unopened = true;
+            continue;
+        }
+        std::smatch m;
+        if (page > 0 && std::regex_match(line, m, report_re)) {
+            Geometry g;
+            for (int i = 0; i < 4; ++i) g.media[i] = std::strtod(m[3 + i].str().c_str(), nullptr);
+            for (int i = 0; i < 4; ++i) g.crop[i] = std::strtod(m[7 + i].str().c_str(), nullptr);
+            g.rotation = std::atoi(m[11].str().c_str());
+            docs[current].pages[page] = g;
+            page = 0;
+        }
+    }
+}
+
+// pdfinfo prints two decimals; we print six significant digits.
+bool Agree(const double* ours, const double* theirs) {
+    for (int i = 0; i < 4; ++i)
+        if (std::fabs(ours[i] - theirs[i]) > 0.0051 + 5e-6 * std::fabs(theirs[i])) return false;
+    return true;
+}
+
+std::set<std::pair<std::string, int>> KnownDifferences() {
+    std::set<std::pair<std::string, int>> known;
+    std::ifstream in(lum::test::DataPath("pageinfo-differences.tsv"));
+    std::string line;
+    while (std::getline(in, line)) {
+        if (line.empty() || line[0] == '#') continue;
+        std::istringstream fields(line);
+        std::string file, page;
+        std::getline(fields, file, '\t');
+        std::getline(fields, page, '\t');
+        known.insert({file, page == "*" ? 0 : std::stoi(page)});
+    }
+    return known;
+}
+
+TEST(PageInfoCorpus, AgreesWithAnotherReader) {
+    const auto corpus = lum::test::CorpusDir();
+    if (!corpus) GTEST_SKIP() << "no shared corpus at " << LUM_CORPUS_DIR;
+    if (!fs::exists("/usr/bin/pdfinfo")) GTEST_SKIP() << "pdfinfo is not installed";
+    if (!fs::exists(kPrlimit)) GTEST_SKIP() << "prlimit is not installed";
+
+    const std::vector<std::string> files = CorpusFiles(*corpus);
+    const auto known = KnownDifferences();
+    std::map<std::string, OurDocument> ours;
+    std::vector<std::string> crashes;
+
+    // Ours in batches; a batch that crashes or hangs is run again file by file to name the file.
+    const size_t kBatch = 40;
+    for (size_t start = 0; start < files.size(); start += kBatch) {
+        std::vector<std::string> args = {"--pageinfo", "--verb", "2", "--noprompt"};
+        std::set<std::string> paths;
+        for (size_t i = start; i < std::min(files.size(), start + kBatch); ++i) {
+            paths.insert((*corpus / files[i]).string());
+            args.push_back((*corpus / files[i]).string());
+        }
+        RunResult r = RunLimited(LUM_SCRIVEX_BIN, args, 10 * static_cast<int>(paths.size()));
+        if (r.status == 0 && !r.timed_out) {
+            ReadOurs(r.out, paths, ours);
+            continue;
+        }
+        for (const auto& path : paths) {
+            RunResult one =
+                RunLimited(LUM_SCRIVEX_BIN, {"--pageinfo", "--verb", "2", "--noprompt", path}, 10);
+            if (one.timed_out || one.status >= 128)
+                crashes.push_back(path + (one.timed_out ? " (hang)" : " (crash)"));
+            ReadOurs(one.out, {path}, ours);
+        }
+    }
+
+    int compared = 0, agreed = 0, listed = 0, unopened = 0;
+    std::vector<std::string> mismatches;
+    for (const auto& file : files) {
+        const std::string path = (*corpus / file).string();
+        RunResult info =
+            RunLimited("/usr/bin/pdfinfo", {"-box", "-f", "1", "-l", "99999", path}, 20);
+        if (info.status != 0 || info.timed_out) continue;  // pdfinfo doesn't read it
+        const OurDocument& doc = ours[path];
+        for (auto& [n, theirs] : ReadPdfinfo(info.out)) {
+            ++compared;
+            auto it = doc.pages.find(n);
+            bool same = false;
+            if (it != doc.pages.end()) {
+                Geometry mine = it->second;
+                Order(mine.media);  // the report keeps the media box as stored
+                Order(mine.crop);
+                Order(theirs.media);
+                Order(theirs.crop);
+                same = Agree(mine.media, theirs.media) && Agree(mine.crop, theirs.crop) &&
+                       mine.rotation == theirs.rotation;
+            }
+            if (same) {
+                ++agreed;
+            } else if (known.count({file, n}) || known.count({file, 0})) {
+                ++listed;
+            } else if (it == doc.pages.end() && doc.unopened) {
+                ++unopened;  // the document failed as a whole: a matter of the layers below
+            } else {
+                mismatches.push_back(file + " page " + std::to_string(n) +
+                                     (it == doc.pages.end() ? ": not reported" : ": differs"));
+            }
+        }
+    }
+    std::cout << "[ corpus   ] pages compared " << compared << ", agreeing " << agreed
+              << ", listed differences " << listed << ", in documents that did not open "
+              << unopened << "\n";
+    EXPECT_TRUE(crashes.empty()) << ::testing::PrintToString(crashes);
+    EXPECT_TRUE(mismatches.empty()) << mismatches.size() << " pages differ:\n"
+                                    << ::testing::PrintToString(mismatches);
+}
+
+}  // namespace
