@@ -61,7 +61,10 @@ SDFDoc* Indirect::GetDoc() const { return mp_doc ? mp_doc->GetSDFDoc() : nullptr
 
 void Indirect::Accept(ObjVisitor& visitor) { visitor.VisitIndirect(*this); }
 
-void Indirect::SetModified(bool modified, Obj*) { m_modified = modified; }
+void Indirect::SetModified(bool modified, Obj* cause) {
+    m_modified = modified;
+    if (modified && mp_doc) mp_doc->NotifyModified(cause ? cause : this);
+}
 
 // --- Forwarding ---
 

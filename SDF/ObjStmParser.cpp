@@ -68,6 +68,9 @@ Obj* ObjStmParser::GetNextObj() {
     return PopObjNoDelete();
 }
 
+// Object streams met in a rebuild enter numbers under the same bound as the rebuild itself.
+static_assert(Limits::kMaxRebuiltObjNum == 1048576);
+
 void ObjStmParser::XRefResize(UInt32 obj_num) {
     XRefTable& xref = mp_doc->m_xref;
     if (obj_num < xref.size()) return;

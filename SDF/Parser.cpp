@@ -506,7 +506,7 @@ bool Parser::LexDict() {
 
 bool Parser::LexArray() {
     LUM_CHECK(++m_max_nesting < gl_max_levels, "Exceeds maximum nesting level");
-    const size_t start = m_operand_stack.size();
+    size_t start = m_operand_stack.size();
     bool closed;
     for (;;) {
         while (GetObj()) {
@@ -515,7 +515,11 @@ bool Parser::LexArray() {
             closed = true;
             break;
         }
-        if (!ContainerOperator(GetToken())) {
+        const bool goes_on = ContainerOperator(GetToken());
+        // The operator may have taken operands from below the array's start (the two
+        // numbers of "R" are simply the top two); the array then begins where the stack is.
+        start = std::min(start, m_operand_stack.size());
+        if (!goes_on) {
             closed = false;
             break;
         }

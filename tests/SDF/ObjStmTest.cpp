@@ -15,12 +15,12 @@ using lum::UInt16;
 using lum::UInt32;
 using lum::UInt64;
 using lum::Unicode;
-using lum::test::Dump;
+using lum::objtest::Dump;
 
 namespace {
 
 std::unique_ptr<FileStream> MakeObjStm(const std::string& dict, const std::string& data) {
-    lum::test::MemParser p(dict);
+    lum::objtest::MemParser p(dict);
     p.One();
     auto* d = static_cast<Dict*>(p->PopObjNoDelete());
     return std::make_unique<FileStream>(d, std::vector<UInt8>(data.begin(), data.end()));

@@ -22,12 +22,12 @@ using lum::UInt16;
 using lum::UInt32;
 using lum::UInt64;
 using lum::Unicode;
-using lum::test::Dump;
+using lum::objtest::Dump;
 
 namespace {
 
 std::unique_ptr<Obj> Parse(const std::string& text) {
-    lum::test::MemParser p(text);
+    lum::objtest::MemParser p(text);
     p.One();
     return std::unique_ptr<Obj>(p->PopObjNoDelete());
 }

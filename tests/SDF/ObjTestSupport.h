@@ -12,7 +12,7 @@
 #include "SDF/Obj.h"
 #include "SDF/Parser.h"
 
-namespace lum::test {
+namespace lum::objtest {
 
 
 struct Failure {
@@ -39,7 +39,7 @@ Failure CatchFailure(F&& f) {
 // Expects `stmt` to fail with exactly this message, condition text and function.
 #define EXPECT_LUM_FAILURE(stmt, msg, cond, func)                                  \
     do {                                                                           \
-        const ::lum::test::Failure f_ = ::lum::test::CatchFailure([&] { stmt; });  \
+        const ::lum::objtest::Failure f_ = ::lum::objtest::CatchFailure([&] { stmt; });  \
         EXPECT_TRUE(f_.thrown) << #stmt;                                           \
         EXPECT_EQ(f_.message, msg) << #stmt;                                       \
         EXPECT_EQ(f_.condition, cond) << #stmt;                                    \
@@ -71,9 +71,9 @@ private:
     SDF::Parser m_parser;
 };
 
-}  // namespace lum::test
+}  // namespace lum::objtest
 
-namespace lum::test {
+namespace lum::objtest {
 
 
 // A compact text of a value, for comparing structures: numbers with %g, strings with
@@ -122,4 +122,70 @@ inline std::string Dump(SDF::Obj* v) {
     return "?";
 }
 
-}  // namespace lum::test
+}  // namespace lum::objtest
+
+#include <cstdio>
+#include <map>
+
+#include "SDF/DocImpl.h"
+#include "SDF/SDFDoc.h"
+
+namespace lum::objtest {
+
+// One object of a hand-made file: its whole text, header included, so that a test can break
+// the header as well as the body.
+struct PdfObject {
+    UInt32 num;
+    std::string text;
+};
+
+// A file with a classic table: objects in order, rows for the numbers given (others free),
+// and a trailer with Size and Root 1 0 R.
+inline std::string BuildPdf(const std::vector<PdfObject>& objects, UInt32 size = 0) {
+    std::string out = "%PDF-1.7\n";
+    std::map<UInt32, size_t> offsets;
+    UInt32 top = 1;
+    for (const auto& o : objects) {
+        offsets[o.num] = out.size();
+        out += o.text + "\n";
+        top = std::max(top, o.num + 1);
+    }
+    const UInt32 n = size ? size : top;
+    const size_t xref = out.size();
+    out += "xref\n0 " + std::to_string(n) + "\n0000000000 65535 f \n";
+    char row[32];
+    for (UInt32 i = 1; i < n; ++i) {
+        auto it = offsets.find(i);
+        std::snprintf(row, sizeof row, "%010zu 00000 %c \n", it == offsets.end() ? 0 : it->second,
+                      it == offsets.end() ? 'f' : 'n');
+        out += row;
+    }
+    out += "trailer\n<</Size " + std::to_string(n) + " /Root 1 0 R>>\nstartxref\n" +
+           std::to_string(xref) + "\n%%EOF\n";
+    return out;
+}
+
+// The catalog and an empty page tree, which every opened file needs.
+inline std::vector<PdfObject> BaseObjects() {
+    return {{1, "1 0 obj <</Type /Catalog /Pages 2 0 R>> endobj"},
+            {2, "2 0 obj <</Type /Pages /Kids [] /Count 0>> endobj"}};
+}
+
+// A document opened on bytes held in memory.
+class MemDoc {
+public:
+    explicit MemDoc(std::string bytes) : m_bytes(std::move(bytes)) {
+        m_doc = std::make_unique<SDF::SDFDoc>(std::make_unique<Filters::ExtBufInputFilter>(
+            reinterpret_cast<const UInt8*>(m_bytes.data()), m_bytes.size()));
+    }
+    SDF::SDFDoc& operator*() { return *m_doc; }
+    SDF::SDFDoc* operator->() { return m_doc.get(); }
+    SDF::DocImpl& Impl() { return *m_doc->GetImpl(); }
+    SDF::Indirect* Entry(UInt32 num) { return Impl().m_xref[num]; }
+
+private:
+    std::string m_bytes;
+    std::unique_ptr<SDF::SDFDoc> m_doc;
+};
+
+}  // namespace lum::objtest

@@ -8,8 +8,8 @@
 #include "ObjTestSupport.h"
 #include "SDF/Parser.h"
 
-using lum::test::Dump;
-using lum::test::MemParser;
+using lum::objtest::Dump;
+using lum::objtest::MemParser;
 
 namespace {
 
@@ -249,6 +249,51 @@ TEST(Parser, SkipHeader) {
         ASSERT_NO_THROW(header = p->SkipHeader()) << c.input;
         EXPECT_EQ(header, c.header);
         EXPECT_EQ(Dump(p.One()), c.next) << c.input;
+    }
+}
+
+}  // namespace
+
+namespace {
+
+// "R" takes the top two operands, wherever they stand, as the object parsers do.
+class RParser : public lum::SDF::Parser {
+public:
+    explicit RParser(lum::Filters::Filter* f) : Parser(nullptr, f) {}
+
+protected:
+    bool ContainerOperator(const char* word) override {
+        if (std::string(word) != "R" || GetOperandStack().size() < 2) return false;
+        PopObj();
+        PopObj();
+        Push(new lum::SDF::Null());
+        return true;
+    }
+};
+
+TEST(Parser, OperatorTakingOperandsOfAnOuterContainer) {
+    struct Case {
+        std::string input;
+        std::string value;  // empty: the even-count failure
+    };
+    const std::vector<Case> cases = {
+        {"[1 2 0 R]", "[1 null]"},
+        {"[4 0 [R]]", "[null []]"},
+        {"[4 0 [R 5]]", "[null [5]]"},
+        {"[1 2 <<R>>]", ""},
+    };
+    for (const auto& c : cases) {
+        lum::Filters::ExtBufInputFilter f(reinterpret_cast<const lum::UInt8*>(c.input.data()),
+                                          c.input.size());
+        RParser p(&f);
+        if (c.value.empty()) {
+            EXPECT_LUM_FAILURE(p.GetObj(), "the number of key-value elements should be even",
+                               "num_elements>=0 && (num_elements % 2 == 0)",
+                               "lum::SDF::Parser::LexDict");
+            continue;
+        }
+        EXPECT_TRUE(p.GetObj()) << c.input;
+        EXPECT_EQ(Dump(p.GetOperandStack().back()), c.value) << c.input;
     }
 }
 

@@ -82,7 +82,7 @@ const std::string kPngRows = std::string("\x01\x01\x01\x01\x01\x10\x10\x10", 8);
 
 // A memory stream whose dictionary is written in PDF syntax.
 std::unique_ptr<FileStream> MakeStream(const std::string& dict, const std::string& data) {
-    lum::test::MemParser p(dict);
+    lum::objtest::MemParser p(dict);
     p.One();
     auto* d = static_cast<Dict*>(p->PopObjNoDelete());
     return std::make_unique<FileStream>(d, std::vector<UInt8>(data.begin(), data.end()));

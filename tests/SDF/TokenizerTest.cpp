@@ -10,7 +10,7 @@
 
 using lum::SDF::ParseNumberToken;
 using lum::SDF::Parser;
-using lum::test::MemParser;
+using lum::objtest::MemParser;
 
 namespace {
 

@@ -1,0 +1,143 @@
+// Loading objects of a file through the document's table: the header, the body and its end,
+// streams, and the failures of a damaged object. A bad object fails alone, and fails again
+// the same way at the next use.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "ObjTestSupport.h"
+#include "SDF/ObjParser.h"
+
+using namespace lum::SDF;
+using lum::UInt32;
+using lum::objtest::BaseObjects;
+using lum::objtest::BuildPdf;
+using lum::objtest::Dump;
+using lum::objtest::MemDoc;
+using lum::objtest::PdfObject;
+
+namespace {
+
+std::string WithObjects(std::vector<PdfObject> extra) {
+    auto objs = BaseObjects();
+    objs.insert(objs.end(), extra.begin(), extra.end());
+    return BuildPdf(objs);
+}
+
+TEST(ObjLoad, BodiesAndTheirEnds) {
+    struct Case {
+        const char* name;
+        std::string text;
+        std::string value;
+    };
+    const std::vector<Case> cases = {
+        {"plain", "3 0 obj 42 endobj", "42"},
+        {"no endobj", "3 0 obj <</A 1>>\n9 0 obj (next) endobj", "<</A 1 >>"},
+        {"any word ends", "3 0 obj [1 2] whatever", "[1 2]"},
+        {"longer obj word", "3 0 objx (v) endobj", "(v)"},
+        {"other header", "7 0 obj (seven) endobj", "(seven)"},
+        {"top-level reference", "3 0 obj 2 0 R endobj", "2"},
+        {"reference inside", "3 0 obj [2 0 R 99 0 R] endobj", "[R2 R0]"},
+        {"comment in header", "3 %c\n0 obj true endobj", "true"},
+        {"several values", "3 0 obj 1 2 3 endobj", "1"},
+    };
+    for (const auto& c : cases) {
+        MemDoc doc(WithObjects({{3, c.text}}));
+        Indirect* obj = doc->GetObj(3);
+        try {
+            EXPECT_EQ(Dump(obj->GetDirect()), c.value) << c.name;
+        } catch (const lum::Common::Exception& e) {
+            ADD_FAILURE() << c.name << ": " << e.GetMessage();
+        }
+        EXPECT_FALSE(doc.Impl().IsRebuilt()) << c.name;
+    }
+}
+
+TEST(ObjLoad, Failures) {
+    struct Case {
+        const char* name;
+        std::string text;
+        const char* message;
+        const char* condition;
+    };
+    const std::vector<Case> cases = {
+        {"no header", "garbage 1 2", "Object header not found", "false"},
+        {"header cut", "3 0 endobj", "Object header not found", "false"},
+        {"one number", "0 obj 5 endobj", "Operator obj expects two arguments",
+         "m_operand_stack.size() == 2"},
+        {"three numbers", "1 3 0 obj 5 endobj", "Operator obj expects two arguments",
+         "m_operand_stack.size() == 2"},
+        {"empty body", "3 0 obj endobj", "Operator endobj expects a single argument",
+         "m_operand_stack.size() >= 1"},
+        {"stream of an array", "3 0 obj [1] stream\nabc\nendstream endobj",
+         "Stream expects a dictionary as an argument",
+         "m_operand_stack.size() == 1 && m_operand_stack.back()->IsDict()"},
+        {"stream of two values", "3 0 obj 1 <<>> stream\nabc\nendstream endobj",
+         "Stream expects a dictionary as an argument",
+         "m_operand_stack.size() == 1 && m_operand_stack.back()->IsDict()"},
+    };
+    for (const auto& c : cases) {
+        MemDoc doc(WithObjects({{3, c.text}}));
+        Indirect* obj = doc->GetObj(3);
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            EXPECT_LUM_FAILURE(obj->GetType(), c.message, c.condition,
+                               "lum::SDF::ObjParser::GetObj");
+            EXPECT_FALSE(obj->IsLoaded()) << c.name;
+        }
+        // The object beside it is unharmed.
+        EXPECT_EQ(Dump(doc->GetObj(2)->Get(e_Count)->second), "0") << c.name;
+    }
+}
+
+TEST(ObjLoad, UnknownKindAndPlaceholder) {
+    MemDoc doc(WithObjects({{3, "3 0 obj 1 endobj"}}));
+    doc.Entry(3)->SetField1(3);
+    EXPECT_LUM_FAILURE(doc->GetObj(3)->GetType(), "Unknown object type", "false",
+                       "lum::SDF::ObjParser::GetObj");
+    // A placeholder (offset all bits set) fails at the seek, not as null.
+    doc.Entry(3)->SetField1(1);
+    doc.Entry(3)->SetOffset(Indirect::kPlaceholderOffset);
+    EXPECT_THROW(doc->GetObj(3)->GetType(), lum::Common::Exception);
+}
+
+TEST(ObjLoad, StreamsStartBehindTheirLine) {
+    struct Case {
+        const char* name;
+        std::string text;
+        std::string data;
+        lum::UInt64 offset_after_keyword;  // bytes between "stream" and the data
+    };
+    const std::vector<Case> cases = {
+        {"lf", "3 0 obj <</Length 3>> stream\nabc\nendstream endobj", "abc", 1},
+        {"crlf", "3 0 obj <</Length 3>> stream\r\nabc\nendstream endobj", "abc", 2},
+        {"lone cr", "3 0 obj <</Length 3>> stream\rabc\nendstream endobj", "abc", 1},
+        {"spaces then lf", "3 0 obj <</Length 3>> stream   \nabc\nendstream endobj", "abc", 4},
+        {"longer keyword", "3 0 obj <</Length 3>> streamy\nabc\nendstream endobj", "abc", 1},
+    };
+    for (const auto& c : cases) {
+        const std::string file = WithObjects({{3, c.text}});
+        MemDoc doc(file);
+        Obj* s = doc->GetObj(3)->GetDirect();
+        ASSERT_TRUE(s && s->IsStream()) << c.name;
+        auto* fs = static_cast<FileStream*>(s);
+        const size_t keyword = file.find("stream", file.find("3 0 obj"));
+        const size_t word_end = file.find_first_of("\r\n ", keyword);
+        EXPECT_EQ(fs->GetDataOffset(), word_end + c.offset_after_keyword) << c.name;
+        EXPECT_EQ(fs->GetHeaderObjNum(), 3u);
+        auto raw = s->GetRawStream(false);
+        lum::Filters::FilterReader r(raw.get());
+        std::string got;
+        for (int b; (b = r.Get()) >= 0;) got += char(b);
+        EXPECT_EQ(got, c.data) << c.name;
+    }
+}
+
+TEST(ObjLoad, ReferenceNeedsTwoNumbers) {
+    MemDoc doc(WithObjects({{3, "3 0 obj [R] endobj"}, {4, "4 0 obj [/A 0 R] endobj"}}));
+    EXPECT_LUM_FAILURE(doc->GetObj(3)->GetType(), "Reference expects two arguments",
+                       "stack_size>=2", "lum::SDF::ObjParser::ContainerOperator");
+    EXPECT_LUM_FAILURE(doc->GetObj(4)->GetType(), "GetNumber() can't be invoked on Obj of this type.",
+                       "false", "lum::SDF::Obj::IllegalFunctionException");
+}
+
+}  // namespace

@@ -1,0 +1,131 @@
+// How long a stream's data is: a numeric Length is believed, anything else makes the reader
+// search for "endstream" ... "endobj" and store what it found.
+#include <gtest/gtest.h>
+
+#include <zlib.h>
+
+#include <string>
+
+#include "Filters/FilterReader.h"
+#include "ObjTestSupport.h"
+
+using namespace lum::SDF;
+using lum::objtest::BaseObjects;
+using lum::objtest::BuildPdf;
+using lum::objtest::MemDoc;
+using lum::objtest::PdfObject;
+
+namespace {
+
+std::string ReadAll(std::unique_ptr<lum::Filters::Filter> f) {
+    lum::Filters::FilterReader r(f.get());
+    std::string out;
+    for (int c; (c = r.Get()) >= 0;) out += char(c);
+    return out;
+}
+
+std::string WithObjects(std::vector<PdfObject> extra, lum::UInt32 size = 0) {
+    auto objs = BaseObjects();
+    objs.insert(objs.end(), extra.begin(), extra.end());
+    return BuildPdf(objs, size);
+}
+
+TEST(StreamLength, WhatTheReaderDelivers) {
+    struct Case {
+        const char* name;
+        std::vector<PdfObject> objects;
+        std::string data;
+        bool searched;  // Length was not a number and was stored by the search
+    };
+    const std::vector<Case> cases = {
+        {"numeric", {{3, "3 0 obj <</Length 5>> stream\nhello\nendstream\nendobj"}}, "hello",
+         false},
+        // A number is believed: 0 in front of real data is an empty stream, a long one runs on.
+        {"zero", {{3, "3 0 obj <</Length 0>> stream\nhello\nendstream\nendobj"}}, "", false},
+        {"too long", {{3, "3 0 obj <</Length 8>> stream\nhello\nendstream\nendobj"}}, "hello\nen",
+         false},
+        {"indirect number",
+         {{3, "3 0 obj <</Length 4 0 R>> stream\nhello\nendstream\nendobj"}, {4, "4 0 obj 4 endobj"}},
+         "hell", false},
+        // Missing, free, out of the table, the stream itself: the search runs. It keeps the line
+        // end in front of "endstream".
+        {"missing", {{3, "3 0 obj <<>> stream\nhello\nendstream\nendobj"}}, "hello\n", true},
+        {"free", {{3, "3 0 obj <</Length 5 0 R>> stream\nhello\nendstream\nendobj"}}, "hello\n",
+         true},
+        {"outside the table", {{3, "3 0 obj <</Length 999 0 R>> stream\nhello\nendstream\nendobj"}},
+         "hello\n", true},
+        {"itself", {{3, "3 0 obj <</Length 3 0 R>> stream\nhello\nendstream\nendobj"}}, "hello\n",
+         true},
+        {"name", {{3, "3 0 obj <</Length /Five>> stream\nhello\nendstream\nendobj"}}, "hello\n",
+         true},
+        // "endstream" inside the data, not followed by "endobj": the search passes over it.
+        {"keyword in data",
+         {{3, "3 0 obj <<>> stream\nab endstream cd\nendstream\nendobj"}}, "ab endstream cd\n",
+         true},
+        // The rule counts "endstream" and one byte behind it: more white space or a comment
+        // there lengthens the data into the keyword.
+        {"comment before endobj",
+         {{3, "3 0 obj <<>> stream\nxy\nendstream %c\n endobj"}}, "xy\nends", true},
+        {"endstream at once", {{3, "3 0 obj <<>> stream\nendstream\nendobj"}}, "", true},
+        {"overlapping start", {{3, "3 0 obj <<>> stream\nendendstream\nendobj"}}, "end", true},
+    };
+    for (const auto& c : cases) {
+        MemDoc doc(WithObjects(c.objects, 6));
+        Obj* s = doc->GetObj(3);
+        std::string got;
+        try {
+            got = ReadAll(s->GetRawStream(false));
+        } catch (const lum::Common::Exception& e) {
+            ADD_FAILURE() << c.name << ": " << e.GetMessage();
+            continue;
+        }
+        EXPECT_EQ(got, c.data) << c.name;
+        Obj* len = s->FindObj(e_Length);
+        if (c.searched) {
+            ASSERT_TRUE(len && len->IsNumber() && !len->IsIndirect()) << c.name;
+            EXPECT_EQ(len->GetNumber(), double(c.data.size())) << c.name;
+            EXPECT_TRUE(doc->GetObj(3)->IsModified()) << c.name;
+        } else {
+            EXPECT_FALSE(doc->GetObj(3)->IsModified()) << c.name;
+        }
+        EXPECT_EQ(s->GetRawStreamLength(), c.searched ? c.data.size() : len->GetNumber()) << c.name;
+    }
+}
+
+TEST(StreamLength, RawLengthRunsTheSearch) {
+    MemDoc doc(WithObjects({{3, "3 0 obj <</Length 9 0 R>> stream\nabcdef\nendstream\nendobj"}}, 10));
+    EXPECT_EQ(doc->GetObj(3)->GetRawStreamLength(), 7u);
+    EXPECT_EQ(doc->GetObj(3)->Get(e_Length)->second->GetNumber(), 7);
+}
+
+TEST(StreamLength, NoEndFails) {
+    const std::string file = WithObjects({{3, "3 0 obj <<>> stream\nabc endstream endobx"}});
+    MemDoc doc(file);
+    EXPECT_LUM_FAILURE(doc->GetObj(3)->GetRawStream(false), "Unexpected end of stream",
+                       "byte != EOF", "lum::SDF::FileStream::CalcStmLength");
+}
+
+TEST(StreamLength, DecodedFromTheFile) {
+    const std::string text = "BT /F1 12 Tf (Hello) Tj ET";
+    uLongf n = compressBound(uLong(text.size()));
+    std::string z(n, '\0');
+    compress(reinterpret_cast<Bytef*>(z.data()), &n, reinterpret_cast<const Bytef*>(text.data()),
+             uLong(text.size()));
+    z.resize(n);
+    MemDoc doc(WithObjects({{3, "3 0 obj <</Length " + std::to_string(z.size()) +
+                                    " /Filter /FlateDecode>> stream\n" + z + "\nendstream\nendobj"}}));
+    Obj* s = doc->GetObj(3);
+    EXPECT_EQ(ReadAll(s->GetDecodedStream()), text);
+    // Each call makes a new chain; two may be read side by side.
+    auto a = s->GetDecodedStream(), b = s->GetDecodedStream();
+    lum::Filters::FilterReader ra(a.get()), rb(b.get());
+    for (char ch : text) {
+        EXPECT_EQ(ra.Get(), (unsigned char)ch);
+        EXPECT_EQ(rb.Get(), (unsigned char)ch);
+    }
+    // A stream hashes its dictionary and its first decoded bytes, and equals itself by value.
+    EXPECT_TRUE(s->IsEqualValue(s->GetDirect()));
+    EXPECT_NE(s->Hash(), s->GetDirect()->Hash());  // a reference hashes its number
+}
+
+}  // namespace
