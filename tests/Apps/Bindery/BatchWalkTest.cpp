@@ -103,6 +103,7 @@ TEST(BatchWalkCli, InputNamesAndTheExtensionRetry) {
     PutPdf(dir / "a.pdf");
     PutPdf(dir / "c.pdf");
     lum::test::WriteFile(dir / "notes.txt", "text");
+    PutPdf(dir / "paper.txt");
     struct Case {
         std::vector<std::string> args;
         std::vector<std::string> echoed;
@@ -115,7 +116,7 @@ TEST(BatchWalkCli, InputNamesAndTheExtensionRetry) {
         {{"notes.txt"}, {}, ""},                                   // wrong extension: silent
         {{"x", "a"}, {"a.pdf"}, "Error: Wrong input filename or path: x\n"},
         {{"--verb", "0", "x", "a"}, {}, ""},
-        {{"--extension", ".txt", "notes"}, {"notes.txt"}, ""},
+        {{"--extension", ".txt", "paper"}, {"paper.txt"}, ""},
         {{"--extension", ".PDF", "a.pdf"}, {}, ""},
         {{""}, {}, "Error: Wrong input filename or path: \n"},
     };
