@@ -22,16 +22,21 @@ size_t Pull(Filter& src, UInt8* dst, size_t n) {
 
 }  // namespace
 
+// --- DecryptingFilter ---
+
+DecryptingFilter::DecryptingFilter(std::unique_ptr<Filter> chain)
+    : BufFilter(std::move(chain), kBufferSize, true) {}
+
+void DecryptingFilter::SetStreamLength(size_t bytes) {
+    if (m_attached) m_attached->SetStreamLength(bytes);
+}
+
 // --- CryptoFilter ---
 
 CryptoFilter::CryptoFilter(std::unique_ptr<Filter> chain, const UInt8* key, size_t key_len)
-    : BufFilter(std::move(chain), kBufferSize, true), m_rc4(key, key_len) {}
+    : DecryptingFilter(std::move(chain)), m_rc4(key, key_len) {}
 
 CryptoFilter::~CryptoFilter() = default;
-
-void CryptoFilter::SetStreamLength(size_t bytes) {
-    if (m_attached) m_attached->SetStreamLength(bytes);
-}
 
 size_t CryptoFilter::Process() {
     if (!m_attached) return 0;
@@ -44,7 +49,7 @@ size_t CryptoFilter::Process() {
 
 AESDecryptFilter::AESDecryptFilter(std::unique_ptr<Filter> chain, const UInt8* key,
                                    size_t key_len)
-    : BufFilter(std::move(chain), kBufferSize, true) {
+    : DecryptingFilter(std::move(chain)) {
     UInt8 iv[SDF::Crypto::kAESBlock] = {};
     if (m_attached) Pull(*m_attached, iv, sizeof iv);
     if (key_len == 16 || key_len == 32)
@@ -52,10 +57,6 @@ AESDecryptFilter::AESDecryptFilter(std::unique_ptr<Filter> chain, const UInt8* k
 }
 
 AESDecryptFilter::~AESDecryptFilter() = default;
-
-void AESDecryptFilter::SetStreamLength(size_t bytes) {
-    if (m_attached) m_attached->SetStreamLength(bytes);
-}
 
 size_t AESDecryptFilter::Process() {
     constexpr size_t kBlock = SDF::Crypto::kAESBlock;

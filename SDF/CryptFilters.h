@@ -10,15 +10,24 @@
 
 namespace lum::Filters {
 
-class CryptoFilter final : public BufFilter {
+// What both decrypting stages share: a 1024-byte buffer of their own, and a stream length
+// that concerns the raw bytes beneath them.
+class DecryptingFilter : public BufFilter {
 public:
     static constexpr size_t kBufferSize = 1024;
 
+    void SetStreamLength(size_t bytes) override;
+
+protected:
+    explicit DecryptingFilter(std::unique_ptr<Filter> chain);
+};
+
+class CryptoFilter final : public DecryptingFilter {
+public:
     CryptoFilter(std::unique_ptr<Filter> chain, const UInt8* key, size_t key_len);
     ~CryptoFilter() override;
 
     const char* GetName() const override { return "CryptoFilter"; }
-    void SetStreamLength(size_t bytes) override;
 
 protected:
     size_t Process() override;
@@ -30,16 +39,13 @@ private:
 // AES in CBC mode over a stream whose first 16 bytes are the initialisation vector. The last
 // block of a stream holds the padding, so each buffer but the last holds back its final block
 // until it is known whether more follows.
-class AESDecryptFilter final : public BufFilter {
+class AESDecryptFilter final : public DecryptingFilter {
 public:
-    static constexpr size_t kBufferSize = 1024;
-
     // `key_len` 16 or 32; with another length the bytes pass undecrypted.
     AESDecryptFilter(std::unique_ptr<Filter> chain, const UInt8* key, size_t key_len);
     ~AESDecryptFilter() override;
 
     const char* GetName() const override { return "AESDecryptFilter"; }
-    void SetStreamLength(size_t bytes) override;
 
 protected:
     size_t Process() override;

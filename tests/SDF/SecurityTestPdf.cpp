@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <regex>
 #include <stdexcept>
 
 namespace lum::test {
@@ -174,14 +173,29 @@ Obj* ParseTestValue(const std::string& s, size_t& pos) {
     return new SDF::Number(number);
 }
 
+// "N G obj" at the start of a line: answers the numbers and the position behind "obj".
+static bool ObjectHeader(const std::string& s, size_t obj_at, UInt32& num, UInt32& gen, size_t& end) {
+    end = obj_at + 3;
+    if (end < s.size() && !IsWhite(s[end]) && !IsDelim(s[end])) return false;
+    size_t p = obj_at;
+    auto digits_before = [&](UInt32& value) {
+        if (p == 0 || s[p - 1] != ' ') return false;
+        size_t q = --p;
+        while (q > 0 && s[q - 1] >= '0' && s[q - 1] <= '9') --q;
+        if (q == p) return false;
+        value = UInt32(std::stoul(s.substr(q, p - q)));
+        p = q;
+        return true;
+    };
+    if (!digits_before(gen) || !digits_before(num)) return false;
+    return p == 0 || s[p - 1] == '\n' || s[p - 1] == '\r';
+}
+
 TestPdf::TestPdf(const std::string& bytes) {
-    static const std::regex kHeader(R"((^|[\r\n])(\d+) (\d+) obj\b)");
-    for (auto it = std::sregex_iterator(bytes.begin(), bytes.end(), kHeader);
-         it != std::sregex_iterator(); ++it) {
+    for (size_t at = bytes.find("obj"); at != std::string::npos; at = bytes.find("obj", at + 3)) {
         TestObject obj;
-        obj.num = UInt32(std::stoul((*it)[2]));
-        obj.gen = UInt32(std::stoul((*it)[3]));
-        size_t pos = size_t(it->position(0) + it->length(0));
+        size_t pos = 0;
+        if (!ObjectHeader(bytes, at, obj.num, obj.gen, pos)) continue;
         obj.value.reset(ParseTestValue(bytes, pos));
         SkipWhite(bytes, pos);
         if (bytes.compare(pos, 6, "stream") == 0) {
