@@ -8,7 +8,7 @@
 namespace lum::Filters {
 
 FlateDecode::FlateDecode(std::unique_ptr<Filter> input, bool raw)
-    : BufFilter(std::move(input), kBufferSize, true), mp_zs(std::make_unique<z_stream>()), m_raw(raw) {
+    : BufFilter(std::move(input), kBufferSize, true), mp_zs(std::make_unique<z_stream>()) {
     *mp_zs = z_stream{};
     // A failed init leaves a filter that delivers nothing.
     m_ok = inflateInit2(mp_zs.get(), raw ? -MAX_WBITS : MAX_WBITS) == Z_OK;

@@ -29,7 +29,6 @@ protected:
 
 private:
     std::unique_ptr<z_stream> mp_zs;
-    bool m_raw;
     bool m_ok = false;   // inflateInit2 succeeded
     bool m_end = false;
 };

@@ -122,7 +122,8 @@ MappingManager::Window MappingManager::Read(UInt64 offset, UInt8* buf, size_t bu
         w.size = std::min(avail, buf_size);
         std::memcpy(buf, c.address + within, w.size);
         w.data = buf;
-        --c.refs;
+        // Over the cap: give the chunk back at once, so the total drops as soon as it can.
+        if (--c.refs == 0) Unmap(c);
     }
     return w;
 }

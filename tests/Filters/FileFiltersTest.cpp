@@ -213,7 +213,9 @@ TEST(MappedFile, MappedTotalStaysWithinTheCap) {
         ASSERT_GT(holders.back()->Size(), 0u);
         EXPECT_EQ(holders.back()->Begin()[0], static_cast<UInt8>(data[i * page]));
     }
-    EXPECT_LE(mgr->GetMappedBytes(), 11 * page);
+    EXPECT_EQ(mgr->GetMappedBytes(), 10 * page);
+    std::string tail = ReadAll(*holders.back());
+    EXPECT_EQ(tail, data.substr(10 * page));
 }
 
 TEST(ThreadSafeFilter, IteratorsReadAlternatelyEachInOrder) {
