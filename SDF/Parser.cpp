@@ -186,57 +186,54 @@ inline void Parser::AppendToken(const UInt8* bytes, size_t n) {
 
 // --- Tokens ---
 
+// Byte-wise through the reader's inline Peek/Get: tokens are short, and a call per run would
+// cost more than the run.
 void Parser::SkipWhiteSpaceAndComments() {
     for (;;) {
-        const UInt8* p = m_stream.WindowBegin();
-        const UInt8* e = p + m_stream.WindowSize();
-        if (p == e) {
-            if (!m_stream.Refill()) return;
-            continue;
+        int c = m_stream.Peek();
+        while (c >= 0 && (gl_char_class[c] & e_white)) {
+            m_stream.Get();
+            c = m_stream.Peek();
         }
-        const UInt8* q = p;
-        while (q < e && (gl_char_class[*q] & e_white)) ++q;
-        m_stream.Skip(size_t(q - p));
-        if (q == e) continue;
-        if (*q != '%') return;
+        if (c != '%') return;
         // A comment runs through the next LF or CR.
-        for (;;) {
-            const int c = m_stream.Get();
-            if (c < 0 || c == '\n' || c == '\r') break;
-        }
+        do {
+            c = m_stream.Get();
+        } while (c >= 0 && c != '\n' && c != '\r');
     }
 }
 
 void Parser::ReadToken() {
     m_token_size = 0;
     SkipWhiteSpaceAndComments();
-    const int first = m_stream.Peek();
-    if (first < 0) {
+    int c = m_stream.Peek();
+    if (c < 0) {
         m_token[0] = 0;
         return;
     }
-    if (gl_char_class[first] & e_delimiter) {
+    if (gl_char_class[c] & e_delimiter) {
         m_stream.Get();
-        m_token[0] = UInt8(first);
+        m_token[0] = UInt8(c);
         m_token[1] = 0;
         m_token_size = 1;
         return;
     }
     // A word: everything up to the next white space, delimiter or percent.
-    for (;;) {
-        const UInt8* p = m_stream.WindowBegin();
-        const UInt8* e = p + m_stream.WindowSize();
-        if (p == e) {
-            if (!m_stream.Refill()) break;
-            continue;
+    UInt8* out = m_token.data();
+    size_t n = 0, room = m_token.size() - 1;  // one byte stays for the NUL
+    while (c >= 0 && !(gl_char_class[c] & e_word_end)) {
+        if (n == room) [[unlikely]] {
+            m_token_size = n;
+            GrowToken(n + 2);
+            out = m_token.data();
+            room = m_token.size() - 1;
         }
-        const UInt8* q = p;
-        while (q < e && !(gl_char_class[*q] & e_word_end)) ++q;
-        AppendToken(p, size_t(q - p));
-        m_stream.Skip(size_t(q - p));
-        if (q < e) break;
+        out[n++] = UInt8(c);
+        m_stream.Get();
+        c = m_stream.Peek();
     }
-    m_token[m_token_size] = 0;
+    out[n] = 0;
+    m_token_size = n;
 }
 
 bool Parser::GetObj() {
@@ -305,18 +302,23 @@ void Parser::LexNumber() {
 void Parser::LexName() {
     m_token_size = 0;
     for (;;) {
-        const UInt8* p = m_stream.WindowBegin();
-        const UInt8* e = p + m_stream.WindowSize();
-        if (p == e) {
-            if (!m_stream.Refill()) break;
-            continue;
+        int c = m_stream.Peek();
+        // The plain bytes, straight into the buffer.
+        UInt8* out = m_token.data();
+        size_t n = m_token_size, room = m_token.size() - 1;
+        while (c >= 0 && c != '#' && !(gl_char_class[c] & e_word_end)) {
+            if (n == room) [[unlikely]] {
+                m_token_size = n;
+                GrowToken(n + 2);
+                out = m_token.data();
+                room = m_token.size() - 1;
+            }
+            out[n++] = UInt8(c);
+            m_stream.Get();
+            c = m_stream.Peek();
         }
-        const UInt8* q = p;
-        while (q < e && !(gl_char_class[*q] & e_word_end) && *q != '#') ++q;
-        AppendToken(p, size_t(q - p));
-        m_stream.Skip(size_t(q - p));
-        if (q == e) continue;
-        if (*q != '#') break;
+        m_token_size = n;
+        if (c != '#') break;
         // A number sign that does not begin two hex digits stands for itself; the byte that
         // broke the escape is then read afresh.
         m_stream.Get();
