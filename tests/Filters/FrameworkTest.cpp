@@ -3,6 +3,7 @@
 #include "Common/Exception.h"
 #include "FilterTestUtil.h"
 #include "Filters/ASCIIHexDecode.h"
+#include "Filters/ChainedFilter.h"
 #include "Filters/ExtBufInputFilter.h"
 #include "Filters/FilterReader.h"
 #include "Filters/FilterWriter.h"
@@ -190,6 +191,24 @@ TEST(Filter, ChainOwnershipAndReattach) {
     std::unique_ptr<Filter> chain = Source("");
     for (int i = 0; i < 100000; ++i) chain = std::make_unique<ASCIIHexDecode>(std::move(chain));
     chain.reset();
+}
+
+TEST(ChainedFilter, ReadsItsInputsInOrderAndCopiesThroughAWriter) {
+    std::vector<std::unique_ptr<Filter>> parts;
+    std::string a = lum::test::TextLike(3000, 1), b = lum::test::TextLike(5, 2);
+    parts.push_back(Source(a, 7));
+    parts.push_back(Source(""));
+    parts.push_back(Source(b));
+    ChainedFilter chain(std::move(parts));
+    EXPECT_STREQ(chain.GetName(), "ChainedFilter");
+
+    MemoryFilter out(64, false);
+    FilterWriter w(&out);
+    FilterReader r(&chain);
+    w.WriteFilter(r);
+    w.Flush();
+    out.SetAsInputFilter();
+    EXPECT_EQ(ReadAll(out), a + b);
 }
 
 // Three stages (hex, flate, PNG predictor) read through one reader, with windows of one byte
