@@ -1,5 +1,6 @@
 #include "Filters/Filter.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "Common/Exception.h"
@@ -71,6 +72,10 @@ BufFilter::BufFilter(std::unique_ptr<Filter> attached, size_t buf_size, bool is_
         m_buf_begin = m_storage.get();
         m_buf_end = m_buf_begin + buf_size;
     }
+    StartWindow();
+}
+
+void BufFilter::StartWindow() {
     if (m_is_input) {
         m_cur = m_buf_end;
         m_avail = 0;
@@ -78,6 +83,14 @@ BufFilter::BufFilter(std::unique_ptr<Filter> attached, size_t buf_size, bool is_
         m_cur = m_buf_begin;
         m_avail = m_buf_size;
     }
+}
+
+Int64 BufFilter::LimitWindow(size_t bytes) {
+    if (bytes <= m_avail) {
+        m_avail = bytes;
+        return 0;
+    }
+    return static_cast<Int64>(std::min<size_t>(bytes - m_avail, INT64_MAX));
 }
 
 BufFilter::~BufFilter() = default;
@@ -119,13 +132,7 @@ bool BufFilter::IsInputFilter() { return m_is_input; }
 
 void BufFilter::Reset() {
     m_count = 0;
-    if (m_is_input) {
-        m_cur = m_buf_end;
-        m_avail = 0;
-    } else {
-        m_cur = m_buf_begin;
-        m_avail = m_buf_size;
-    }
+    StartWindow();
 }
 
 void BufFilter::AllocateBuffer(size_t size) {
@@ -134,8 +141,7 @@ void BufFilter::AllocateBuffer(size_t size) {
     m_buf_begin = m_storage.get();
     m_buf_end = m_buf_begin + size;
     m_buf_size = size;
-    m_cur = m_is_input ? m_buf_end : m_buf_begin;
-    m_avail = m_is_input ? 0 : size;
+    StartWindow();
 }
 
 Int64 BufFilter::SeekTarget(Int64 base, Int64 offset) {

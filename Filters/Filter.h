@@ -105,6 +105,10 @@ protected:
     // Replaces the owned buffer by a new one of `size` bytes (content not kept) and empties
     // the window.
     void AllocateBuffer(size_t size);
+    // An empty window for an input filter, the whole buffer for an output filter.
+    void StartWindow();
+    // For SetStreamLength: cuts the window to `bytes` and answers how many bytes may follow it.
+    Int64 LimitWindow(size_t bytes);
     // base + offset for Seek, saturated so that hostile offsets can't overflow.
     static Int64 SeekTarget(Int64 base, Int64 offset);
 

@@ -61,14 +61,7 @@ void MappedFile::Consume(size_t n) {
     m_pos += n;
 }
 
-void MappedFile::SetStreamLength(size_t bytes) {
-    if (bytes <= m_avail) {
-        m_avail = bytes;
-        m_limit = 0;
-    } else {
-        m_limit = static_cast<Int64>(std::min<size_t>(bytes - m_avail, INT64_MAX));
-    }
-}
+void MappedFile::SetStreamLength(size_t bytes) { m_limit = LimitWindow(bytes); }
 
 void MappedFile::Seek(Int64 offset, ReferencePos origin) {
     Int64 base = origin == e_begin ? 0

@@ -100,13 +100,7 @@ void StdFile::Consume(size_t n) {
 }
 
 void StdFile::SetStreamLength(size_t bytes) {
-    if (!m_is_input) return;
-    if (bytes <= m_avail) {
-        m_avail = bytes;
-        m_limit = 0;
-    } else {
-        m_limit = static_cast<Int64>(std::min<size_t>(bytes - m_avail, INT64_MAX));
-    }
+    if (m_is_input) m_limit = LimitWindow(bytes);
 }
 
 void StdFile::Flush() {

@@ -62,15 +62,11 @@ size_t ThreadSafeFilter::Process() {
 void ThreadSafeFilter::Consume(size_t n) { BufFilter::Consume(n); }
 
 void ThreadSafeFilter::SetStreamLength(size_t bytes) {
-    if (bytes <= m_avail) {
-        // The cut bytes go back to the buffer's unread part.
-        m_pos -= m_avail - bytes;
-        m_read -= m_avail - bytes;
-        m_avail = bytes;
-        m_limit = 0;
-    } else {
-        m_limit = static_cast<Int64>(std::min<size_t>(bytes - m_avail, INT64_MAX));
-    }
+    // Bytes cut from the window go back to the buffer's unread part.
+    size_t before = m_avail;
+    m_limit = LimitWindow(bytes);
+    m_pos -= before - m_avail;
+    m_read -= before - m_avail;
 }
 
 Int64 ThreadSafeFilter::Tell() {

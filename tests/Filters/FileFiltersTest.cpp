@@ -16,23 +16,13 @@
 
 using namespace lum::Filters;
 using lum::UInt8;
+using lum::test::Raised;
 using lum::test::ReadAll;
 using lum::test::ReadFile;
 using lum::test::TempDir;
 using lum::test::WriteFile;
 
 namespace {
-
-template <typename F>
-lum::Common::Exception Raised(F&& f) {
-    try {
-        f();
-    } catch (const lum::Common::Exception& e) {
-        return e;
-    }
-    ADD_FAILURE() << "nothing raised";
-    return lum::Common::Exception("", 0, "", "", "", 0);
-}
 
 TEST(StdFile, WriteFlushAppendReadWrite) {
     TempDir dir;

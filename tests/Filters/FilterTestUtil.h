@@ -1,9 +1,12 @@
 #pragma once
 // Sources, sinks and reference encoders shared by the filter tests.
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "Common/Exception.h"
 #include "Filters/Filter.h"
 
 namespace lum::test {
@@ -30,5 +33,17 @@ std::string RunLengthEncode(const std::string& data);
 std::string PngEncode(const std::string& data, size_t row_size, size_t pixel_size,
                       const std::vector<int>& tags);
 std::string TiffEncode(const std::string& data, unsigned columns, unsigned colors, unsigned bits);
+
+// The exception `f` raises; a test failure when it raises nothing.
+template <typename F>
+Common::Exception Raised(F&& f) {
+    try {
+        f();
+    } catch (const Common::Exception& e) {
+        return e;
+    }
+    ADD_FAILURE() << "nothing raised";
+    return Common::Exception("", 0, "", "", "", 0);
+}
 
 }  // namespace lum::test

@@ -13,23 +13,13 @@
 
 using namespace lum::Filters;
 using lum::UInt8;
+using lum::test::Raised;
 using lum::test::ReadAll;
 using lum::test::Source;
 
 namespace {
 
 const UInt8* Bytes(const std::string& s) { return reinterpret_cast<const UInt8*>(s.data()); }
-
-template <typename F>
-lum::Common::Exception Raised(F&& f) {
-    try {
-        f();
-    } catch (const lum::Common::Exception& e) {
-        return e;
-    }
-    ADD_FAILURE() << "nothing raised";
-    return lum::Common::Exception("", 0, "", "", "", 0);
-}
 
 TEST(FilterReader, GetPeekReadAtTheEnd) {
     auto src = Source("abc", 2);

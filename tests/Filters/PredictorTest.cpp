@@ -15,23 +15,26 @@ namespace {
 
 using namespace std::string_literals;
 
-std::string Png(const std::string& in, unsigned columns, unsigned colors = 1, unsigned bits = 8,
-                size_t window = 1 << 20) {
-    return ReadAll(std::make_unique<PNGPredictorDecode>(Source(in, window), columns, colors, bits), 100);
-}
+// Decodes `in` through one stage, its input cut into windows of `window` bytes.
+template <typename Stage>
+struct Decoder {
+    std::string operator()(const std::string& in, unsigned columns, unsigned colors = 1,
+                           unsigned bits = 8, size_t window = 1 << 20) const {
+        return ReadAll(std::make_unique<Stage>(Source(in, window), columns, colors, bits), 100);
+    }
+};
+constexpr Decoder<PNGPredictorDecode> Png;
+constexpr Decoder<TIFFPredictorDecode> Tiff;
 
-std::string Tiff(const std::string& in, unsigned columns, unsigned colors = 1, unsigned bits = 8,
-                 size_t window = 1 << 20) {
-    return ReadAll(std::make_unique<TIFFPredictorDecode>(Source(in, window), columns, colors, bits), 100);
-}
+struct RowCase {
+    const char* what;
+    std::string in;
+    unsigned columns, colors, bits;
+    std::string out;
+};
 
 TEST(PNGPredictorDecode, RowFilters) {
-    struct {
-        const char* what;
-        std::string in;
-        unsigned columns, colors, bits;
-        std::string out;
-    } const cases[] = {
+    const RowCase cases[] = {
         {"Up on the first row sees zeros", "\x02\x01\x02\x03"s, 3, 1, 8, "\x01\x02\x03"s},
         {"Sub adds the pixel to the left, 3 bytes away for RGB",
          "\x01\x01\x02\x03\x10\x10\x10"s, 2, 3, 8, "\x01\x02\x03\x11\x12\x13"s},
@@ -81,12 +84,7 @@ TEST(PNGPredictorDecode, RoundTripsEveryTagMixAndFormat) {
 }
 
 TEST(TIFFPredictorDecode, Samples) {
-    struct {
-        const char* what;
-        std::string in;
-        unsigned columns, colors, bits;
-        std::string out;
-    } const cases[] = {
+    const RowCase cases[] = {
         {"8-bit, one colour", "\x01\x01\x01\xFF"s, 4, 1, 8, "\x01\x02\x03\x02"s},
         {"8-bit RGB adds per colour", "\x01\x02\x03\x01\x01\x01"s, 2, 3, 8,
          "\x01\x02\x03\x02\x03\x04"s},
