@@ -19,7 +19,8 @@ struct ThreadSafeFilter::Shared {
 ThreadSafeFilter::ThreadSafeFilter(std::unique_ptr<Filter> base)
     : BufFilter(nullptr, kBufferSize, true), mp_shared(std::make_shared<Shared>()) {
     Filter* m_base_filter = base.get();
-    LUM_CHECK(m_base_filter && m_base_filter->CanSeek() && m_base_filter->IsInputFilter(),
+    LUM_CHECK(m_base_filter, "The base of a ThreadSafeFilter is missing");
+    LUM_CHECK(m_base_filter->CanSeek() && m_base_filter->IsInputFilter(),
               "The base of a ThreadSafeFilter must be a seekable input filter");
     mp_shared->name = std::string("ThreadSafeFilter: ") + base->GetName();
     Int64 here = base->Tell();

@@ -258,7 +258,8 @@ TEST(ThreadSafeFilter, ThreadsReadOneFileThroughTheirOwnIterators) {
 }
 
 TEST(ThreadSafeFilter, NeedsASeekableInputBase) {
-    Raised([] { ThreadSafeFilter f(lum::test::Source("abc")); });
+    auto e = Raised([] { ThreadSafeFilter f(lum::test::Source("abc")); });
+    EXPECT_EQ(e.GetCondition(), "m_base_filter->CanSeek() && m_base_filter->IsInputFilter()");
 }
 
 }  // namespace
