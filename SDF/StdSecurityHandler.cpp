@@ -1,5 +1,7 @@
 #include "SDF/StdSecurityHandler.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 #include "Common/Exception.h"
