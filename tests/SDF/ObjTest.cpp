@@ -193,7 +193,8 @@ TEST(Array, Operations) {
                        "lum::SDF::Array::GetAt");
     EXPECT_LUM_FAILURE(a.Insert(0, nullptr), "Obj can't be NULL (0)", "obj",
                        "lum::SDF::Array::Insert");
-    EXPECT_LUM_FAILURE(a.Replace(0, new Null()), "Array::Replace: Index is out of range",
+    Null spare;  // a failed Replace does not take the value
+    EXPECT_LUM_FAILURE(a.Replace(0, &spare), "Array::Replace: Index is out of range",
                        "pos < size()", "lum::SDF::Array::Replace");
     a.PushBack(new Number(1));       // on an empty array
     a.Insert(100, new Number(3));    // past the end appends
