@@ -5,11 +5,13 @@
 // or a hang on any of them fails the test.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <map>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -57,25 +59,47 @@ void Order(double* box) {
 PageMap ReadPdfinfo(const std::string& out) {
     PageMap pages;
     std::map<int, int> have;
-    static const std::regex line_re(R"(^Page\s+(\d+) (rot|MediaBox|CropBox):\s+(.*)$)");
     std::istringstream in(out);
     for (std::string line; std::getline(in, line);) {
-        std::smatch m;
-        if (!std::regex_match(line, m, line_re)) continue;
-        const int n = std::stoi(m[1]);
+        int n = 0;
+        char what[16] = {};
+        double v[4];
+        const int got = std::sscanf(line.c_str(), "Page %d %15[A-Za-z]: %lf %lf %lf %lf", &n, what,
+                                    &v[0], &v[1], &v[2], &v[3]);
+        if (got < 3) continue;
+        const std::string kind = what;
         Geometry& g = pages[n];
-        std::istringstream values(m[3].str());
-        if (m[2] == "rot") {
-            values >> g.rotation;
-        } else {
-            double* box = m[2] == "MediaBox" ? g.media : g.crop;
-            for (int i = 0; i < 4; ++i) values >> box[i];
-            have[n] |= m[2] == "MediaBox" ? 1 : 2;
+        if (kind == "rot") {
+            g.rotation = static_cast<int>(v[0]);
+        } else if ((kind == "MediaBox" || kind == "CropBox") && got == 6) {
+            std::copy(v, v + 4, kind == "MediaBox" ? g.media : g.crop);
+            have[n] |= kind == "MediaBox" ? 1 : 2;
         }
     }
     for (auto it = pages.begin(); it != pages.end();)
         it = have[it->first] == 3 ? std::next(it) : pages.erase(it);
     return pages;
+}
+
+// Our report line: ten numbers and a rotation in degrees, ", " between them.
+bool ParseReport(const std::string& line, Geometry& g) {
+    double v[11];
+    const char* p = line.c_str();
+    for (int i = 0; i < 11; ++i) {
+        char* end = nullptr;
+        v[i] = std::strtod(p, &end);
+        if (end == p) return false;
+        p = end;
+        if (i < 10) {
+            if (std::strncmp(p, ", ", 2) != 0) return false;
+            p += 2;
+        }
+    }
+    if (*p != '\0') return false;
+    std::copy(v + 2, v + 6, g.media);
+    std::copy(v + 6, v + 10, g.crop);
+    g.rotation = static_cast<int>(v[10]);
+    return true;
 }
 
 struct OurDocument {
@@ -86,8 +110,6 @@ struct OurDocument {
 // Our report of one batch, by file: "Processing page: n..." and the report line behind it.
 void ReadOurs(const std::string& out, const std::set<std::string>& paths,
               std::map<std::string, OurDocument>& docs) {
-    static const std::regex report_re(
-        R"(^([^,]+), ([^,]+), ([^,]+), ([^,]+), ([^,]+), ([^,]+), ([^,]+), ([^,]+), ([^,]+), ([^,]+), (0|90|180|270)$)");
     std::istringstream in(out);
     std::string current;
     int page = 0;
@@ -109,12 +131,8 @@ void ReadOurs(const std::string& out, const std::set<std::string>& paths,
             docs[current].unopened = true;
             continue;
         }
-        std::smatch m;
-        if (page > 0 && std::regex_match(line, m, report_re)) {
-            Geometry g;
-            for (int i = 0; i < 4; ++i) g.media[i] = std::strtod(m[3 + i].str().c_str(), nullptr);
-            for (int i = 0; i < 4; ++i) g.crop[i] = std::strtod(m[7 + i].str().c_str(), nullptr);
-            g.rotation = std::atoi(m[11].str().c_str());
+        Geometry g;
+        if (page > 0 && ParseReport(line, g)) {
             docs[current].pages[page] = g;
             page = 0;
         }
