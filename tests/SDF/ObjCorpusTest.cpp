@@ -136,4 +136,49 @@ TEST(ObjCorpus, CleanFilesLoadEveryObjectAndStream) {
     EXPECT_GT(streams, 100u);
 }
 
+// Strings are decrypted as their object is parsed, streams as they are read: with the empty
+// user password every revision gives the same text and content as the plain copy.
+TEST(ObjCorpus, EncryptedStringsAndStreamsReadAsThePlainCopy) {
+    const auto dir = lum::test::CorpusDir();
+    if (!dir) GTEST_SKIP() << "shared corpus not found; skipping the encrypted files";
+    const auto folder = *dir / "pypdf" / "encryption";
+    if (!std::filesystem::exists(folder / "unencrypted.pdf")) GTEST_SKIP() << "no pypdf files";
+
+    struct Read {
+        std::string author, creator, content;
+    };
+    auto read = [](const std::filesystem::path& path) {
+        SDFDoc doc(std::make_unique<lum::Filters::MappedFile>(path.string()));
+        Read r;
+        Obj* info = doc.GetTrailer()->FindObj("Info");
+        auto text = [](Obj* s) {
+            return s ? std::string(reinterpret_cast<const char*>(s->GetBuffer()), s->Size()) : "";
+        };
+        r.author = text(info->FindObj("Author"));
+        r.creator = text(info->FindObj("Creator"));
+        Obj* page = doc.GetRoot()->FindObj(e_Pages)->FindObj("Kids")->GetAt(0);
+        auto chain = page->FindObj(e_Contents)->GetDecodedStream();
+        lum::Filters::FilterReader reader(chain.get());
+        for (int c; (c = reader.Get()) >= 0;) r.content += char(c);
+        return r;
+    };
+    const Read plain = read(folder / "unencrypted.pdf");
+    EXPECT_EQ(plain.author, "cheng");
+    EXPECT_EQ(plain.creator, "WPS Writer");
+    EXPECT_GT(plain.content.size(), 100u);
+    for (const char* name : {"r2-empty-password.pdf", "r3-empty-password.pdf",
+                             "r5-empty-password.pdf", "r6-empty-password.pdf"}) {
+        Read got;
+        try {
+            got = read(folder / name);
+        } catch (const lum::Common::Exception& e) {
+            ADD_FAILURE() << name << ": " << e.GetMessage();
+            continue;
+        }
+        EXPECT_EQ(got.author, plain.author) << name;
+        EXPECT_EQ(got.creator, plain.creator) << name;
+        EXPECT_EQ(got.content, plain.content) << name;
+    }
+}
+
 }  // namespace
