@@ -12,6 +12,7 @@
 #include "SDF/Obj.h"
 #include "SDF/ObjParser.h"
 #include "SDF/SecurityHandler.h"
+#include "SDF/SecurityHandlerSetup.h"
 #include "SDF/XRefParser.h"
 #include "SDF/XRefRebuilderImpl.h"
 
@@ -57,9 +58,10 @@ DocImpl::DocImpl(SDFDoc* owner, std::unique_ptr<Filters::Filter> stream, bool ch
 }
 
 DocImpl::~DocImpl() {
-    // Higher layers' state may point into objects: it goes first, then the objects, while the
-    // parser and the file they were read from still exist.
+    // Higher layers' state may point into objects: it goes first. A load that failed leaves
+    // values on the parser's stack that refer to entries, so the parser goes before the table.
     for (auto& attachment : m_attachments) attachment.reset();
+    m_obj_parser.reset();
     m_xref.Clear();
 }
 
@@ -185,46 +187,21 @@ void DocImpl::NotifyModified(Obj*) {
 
 // --- Security ---
 //
-// The checking form runs inside opening. Until the standard security handler is wired in
-// here, a document whose trailer has a usable Encrypt dictionary counts as needing the
-// security layer (false), and every other document as plain (true).
+// The handlers themselves live in the security layer; the document holds the two it installs.
 
-namespace {
-// The Encrypt dictionary and its Filter name, or false for a document to be read as plain.
-// An Encrypt entry that is no dictionary or has no Filter does not make a document encrypted.
-bool FindEncryptDict(Indirect* trailer, Obj*& encrypt, const char*& filter) {
-    try {
-        if (!trailer || !trailer->GetTarget()) return false;
-        encrypt = trailer->FindObj(e_Encrypt);
-        if (!encrypt) return false;
-        if (!encrypt->IsDict()) return false;
-        filter = encrypt->Get(e_Filter)->second->GetName();
-        return true;
-    } catch (const Common::Exception&) {
-        return false;
-    }
-}
-}  // namespace
-
-bool DocImpl::InitSecurityHandler(void*, bool) {
-    Obj* encrypt = nullptr;
-    const char* filter = nullptr;
-    if (!FindEncryptDict(GetTrailer(), encrypt, filter)) return true;
-    return false;
+bool DocImpl::InitSecurityHandler(void* custom_data, bool checking) {
+    return SDF::InitSecurityHandler(GetTrailer(), DocSecurity{mp_security_handler, mp_crypt_handler},
+                                    custom_data, checking);
 }
 
-bool DocImpl::InitStdSecurityHandler(const UString&) {
-    Obj* encrypt = nullptr;
-    const char* filter = nullptr;
-    if (!FindEncryptDict(GetTrailer(), encrypt, filter)) return true;
-    return false;
+bool DocImpl::InitStdSecurityHandler(const UString& password) {
+    return SDF::InitStdSecurityHandler(GetTrailer(),
+                                       DocSecurity{mp_security_handler, mp_crypt_handler}, password);
 }
 
 void DocImpl::InstallSecurityHandler(std::unique_ptr<SecurityHandler> handler) {
-    std::unique_ptr<SecurityHandler> crypt = handler ? handler->Clone() : nullptr;
-    if (crypt) crypt->SetModified(false);
-    mp_security_handler = std::move(handler);
-    mp_crypt_handler = std::move(crypt);
+    SDF::InstallSecurityHandler(DocSecurity{mp_security_handler, mp_crypt_handler},
+                                std::move(handler));
 }
 
 }  // namespace lum::SDF

@@ -8,6 +8,7 @@
 #include <thread>
 #include <vector>
 
+#include "Common/UString.h"
 #include "Filters/MemoryFilter.h"
 #include "SDF/XRefTestSupport.h"
 #include "support/TestSupport.h"
@@ -158,6 +159,36 @@ TEST(DocImpl, EncryptedDocumentWaitsForItsPasswordBeforeTheRootCheck) {
     }
 }
 
+TEST(DocImpl, SecurityAtOpening) {
+    {
+        SCOPED_TRACE("empty user password: decrypting from the start");
+        MemDoc doc(ReadFile(DataPath("enc-r4-aes128-owneronly.pdf")));
+        EXPECT_NE(doc.Impl().GetCryptHandler(), nullptr);
+        EXPECT_TRUE(doc.Doc().InitSecurityHandler());
+    }
+    {
+        SCOPED_TRACE("a user password: nothing is installed until it is given");
+        MemDoc doc(ReadFile(DataPath("enc-r4-aes128-objstm.pdf")));
+        EXPECT_FALSE(doc.Impl().IsRebuilt());
+        EXPECT_EQ(doc.Impl().GetCryptHandler(), nullptr);
+        EXPECT_FALSE(doc.Doc().InitStdSecurityHandler(UString("wrong", -1, enc_ascii)));
+        EXPECT_EQ(doc.Impl().GetCryptHandler(), nullptr);
+        EXPECT_TRUE(doc.Doc().InitStdSecurityHandler(UString("user", -1, enc_ascii)));
+        EXPECT_NE(doc.Impl().GetCryptHandler(), nullptr);
+        // Compressed objects come from an encrypted object stream.
+        EXPECT_STREQ(doc.Doc().GetRoot()->FindObj(SDF::e_Type)->GetName(), "Catalog");
+    }
+    {
+        SCOPED_TRACE("the checking form runs again after a repair");
+        std::string bytes = ReadFile(DataPath("enc-r4-aes128-owneronly.pdf"));
+        const size_t at = bytes.rfind("startxref") + 10;
+        bytes.replace(at, bytes.find_first_of("\r\n", at) - at, "1");
+        MemDoc doc(bytes);
+        EXPECT_TRUE(doc.Impl().IsRebuilt());
+        EXPECT_NE(doc.Impl().GetCryptHandler(), nullptr);
+    }
+}
+
 TEST(DocImpl, WrongOffsetFailsOnlyItsObject) {
     PdfBuilder b;
     b.PageTree().Object(4, "<< /Type /Font >>");
@@ -169,6 +200,16 @@ TEST(DocImpl, WrongOffsetFailsOnlyItsObject) {
     EXPECT_THROW(doc.Get(4)->GetType(), Common::Exception);
     EXPECT_FALSE(doc.Get(4)->IsLoaded());
     EXPECT_STREQ(doc.Get(3)->FindObj(SDF::e_Type)->GetName(), "Page");
+}
+
+TEST(DocImpl, DocumentDiesCleanlyAfterAFailedLoad) {
+    // The failed parse leaves a reference to entry 1 on the object parser's stack; the parser
+    // must let go of it before the table's entries die.
+    PdfBuilder b;
+    b.PageTree().Object(4, "[1 0 R (no end");
+    auto doc = std::make_unique<MemDoc>(b.WithTable());
+    EXPECT_THROW(doc->Get(4)->GetType(), Common::Exception);
+    doc.reset();
 }
 
 TEST(DocImpl, ObjectWithoutEndObj) {

@@ -2,9 +2,10 @@
 // the trailer, the size of the table, whether the table had to be rebuilt, and for every
 // entry whether its object loads, or why not.
 //
-//   pdfobjects [--summary] FILE...
+//   pdfobjects [--summary] [--password PW] FILE...
 //
-// With --summary only one line per file is printed. The exit status is 0 when every file
+// With --summary only one line per file is printed. An encrypted file is opened with PW (its
+// bytes taken one by one as characters), or with the empty password. The exit status is 0 when every file
 // opened, 1 when one could not be opened, 2 for a usage error.
 #include <cstdio>
 #include <cstring>
@@ -14,6 +15,7 @@
 #include <vector>
 
 #include "Common/Exception.h"
+#include "Common/UString.h"
 #include "Filters/FilterWriter.h"
 #include "Filters/MappedFile.h"
 #include "Filters/MemoryFilter.h"
@@ -76,25 +78,31 @@ Counts LoadAll(SDF::DocImpl& doc, bool summary) {
     return counts;
 }
 
-bool ProcessFile(const char* path, bool summary) {
+bool ProcessFile(const char* path, bool summary, const char* password) {
     try {
         SDF::SDFLinarDoc doc(std::make_unique<Filters::MappedFile>(path));
         SDF::DocImpl& impl = *doc.GetImpl();
+        bool readable = impl.GetCryptHandler() != nullptr;
+        if (password) readable = doc.InitStdSecurityHandler(UString(password, -1, enc_ascii));
+        const bool encrypted = impl.GetTrailer()->FindObj(SDF::e_Encrypt) != nullptr;
         if (!summary) {
             std::printf("file: %s\n", path);
             std::printf("header: %s\n", impl.GetHeader().c_str());
             std::printf("rebuilt: %s\n", impl.IsRebuilt() ? "yes" : "no");
             if (impl.IsRebuilt()) std::printf("reason: %s\n", impl.GetRepairReason().c_str());
             std::printf("xref stream: %s\n", impl.HasXRefStream() ? "yes" : "no");
+            if (encrypted)
+                std::printf("encrypted: %s\n", readable ? "decrypting" : "password needed");
             SDF::Obj* trailer = impl.GetTrailer()->GetTarget();
             if (auto* stream = dynamic_cast<SDF::Stream*>(trailer)) trailer = stream->GetDict();
             std::printf("trailer: %s\n", trailer ? Show(*trailer).c_str() : "(none)");
             std::printf("objects: %zu\n", impl.GetXRefSize());
         }
         const Counts c = LoadAll(impl, summary);
-        std::printf("%s%s: %zu entries, %zu loaded, %zu failed, %zu free%s\n",
+        std::printf("%s%s: %zu entries, %zu loaded, %zu failed, %zu free%s%s\n",
                     summary ? "" : "summary ", path, impl.GetXRefSize(), c.loaded, c.failed,
-                    c.free, impl.IsRebuilt() ? ", rebuilt" : "");
+                    c.free, impl.IsRebuilt() ? ", rebuilt" : "",
+                    encrypted && !readable ? ", password needed" : "");
         return true;
     } catch (const Common::Exception& e) {
         std::printf("%s: cannot open: %s\n", path, e.what());
@@ -108,19 +116,22 @@ bool ProcessFile(const char* path, bool summary) {
 
 int main(int argc, char** argv) {
     bool summary = false;
+    const char* password = nullptr;
     std::vector<const char*> files;
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--summary") == 0)
             summary = true;
+        else if (std::strcmp(argv[i], "--password") == 0 && i + 1 < argc)
+            password = argv[++i];
         else
             files.push_back(argv[i]);
     }
     if (files.empty()) {
-        std::fprintf(stderr, "usage: pdfobjects [--summary] FILE...\n");
+        std::fprintf(stderr, "usage: pdfobjects [--summary] [--password PW] FILE...\n");
         return 2;
     }
     int status = 0;
     for (const char* file : files)
-        if (!ProcessFile(file, summary)) status = 1;
+        if (!ProcessFile(file, summary, password)) status = 1;
     return status;
 }
