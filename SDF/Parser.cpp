@@ -24,7 +24,9 @@ constexpr size_t kKeepBuffer = size_t(1) << 20;
 constexpr size_t kHeaderWindow = 4096;
 constexpr size_t kMaxHeaderLength = 20;
 
-constexpr UInt8 kStringSpecial = 16;  // bytes a literal string can't copy as they stand
+constexpr UInt8 kStringSpecial = 16;
+// A stop byte for AppendWordBytes that no byte and not the end (-1) can be.
+constexpr int kNoStopByte = -2;  // bytes a literal string can't copy as they stand
 
 struct ClassTable {
     UInt8 t[256] = {};
@@ -203,6 +205,26 @@ void Parser::SkipWhiteSpaceAndComments() {
     }
 }
 
+template <int kAlsoStopAt>
+inline int Parser::AppendWordBytes() {
+    int c = m_stream.Peek();
+    UInt8* out = m_token.data();
+    size_t n = m_token_size, room = m_token.size() - 1;  // one byte stays for the NUL
+    while (c >= 0 && c != kAlsoStopAt && !(gl_char_class[c] & e_word_end)) {
+        if (n == room) [[unlikely]] {
+            m_token_size = n;
+            GrowToken(n + 2);
+            out = m_token.data();
+            room = m_token.size() - 1;
+        }
+        out[n++] = UInt8(c);
+        m_stream.Get();
+        c = m_stream.Peek();
+    }
+    m_token_size = n;
+    return c;
+}
+
 void Parser::ReadToken() {
     m_token_size = 0;
     SkipWhiteSpaceAndComments();
@@ -219,21 +241,8 @@ void Parser::ReadToken() {
         return;
     }
     // A word: everything up to the next white space, delimiter or percent.
-    UInt8* out = m_token.data();
-    size_t n = 0, room = m_token.size() - 1;  // one byte stays for the NUL
-    while (c >= 0 && !(gl_char_class[c] & e_word_end)) {
-        if (n == room) [[unlikely]] {
-            m_token_size = n;
-            GrowToken(n + 2);
-            out = m_token.data();
-            room = m_token.size() - 1;
-        }
-        out[n++] = UInt8(c);
-        m_stream.Get();
-        c = m_stream.Peek();
-    }
-    out[n] = 0;
-    m_token_size = n;
+    AppendWordBytes<kNoStopByte>();
+    m_token[m_token_size] = 0;
 }
 
 bool Parser::GetObj() {
@@ -302,23 +311,7 @@ void Parser::LexNumber() {
 void Parser::LexName() {
     m_token_size = 0;
     for (;;) {
-        int c = m_stream.Peek();
-        // The plain bytes, straight into the buffer.
-        UInt8* out = m_token.data();
-        size_t n = m_token_size, room = m_token.size() - 1;
-        while (c >= 0 && c != '#' && !(gl_char_class[c] & e_word_end)) {
-            if (n == room) [[unlikely]] {
-                m_token_size = n;
-                GrowToken(n + 2);
-                out = m_token.data();
-                room = m_token.size() - 1;
-            }
-            out[n++] = UInt8(c);
-            m_stream.Get();
-            c = m_stream.Peek();
-        }
-        m_token_size = n;
-        if (c != '#') break;
+        if (AppendWordBytes<'#'>() != '#') break;
         // A number sign that does not begin two hex digits stands for itself; the byte that
         // broke the escape is then read afresh.
         m_stream.Get();

@@ -96,6 +96,10 @@ private:
     void ReadToken();
     void AppendToken(const UInt8* bytes, size_t n);
     void GrowToken(size_t need);
+    // Appends the bytes of a word (up to white space, a delimiter, a percent or the byte
+    // kAlsoStopAt) to the token buffer; answers the byte that stopped it, -1 at the end.
+    template <int kAlsoStopAt>
+    int AppendWordBytes();
     void LexNumber();
     void LexName();
     void LexLiteralString();

@@ -9,6 +9,7 @@
 #include "SDF/ObjParser.h"
 
 using namespace lum::SDF;
+using lum::objtest::WithObjects;
 using lum::UInt32;
 using lum::objtest::BaseObjects;
 using lum::objtest::BuildPdf;
@@ -17,12 +18,6 @@ using lum::objtest::MemDoc;
 using lum::objtest::PdfObject;
 
 namespace {
-
-std::string WithObjects(std::vector<PdfObject> extra) {
-    auto objs = BaseObjects();
-    objs.insert(objs.end(), extra.begin(), extra.end());
-    return BuildPdf(objs);
-}
 
 TEST(ObjLoad, BodiesAndTheirEnds) {
     struct Case {

@@ -9,6 +9,7 @@
 
 #include "Common/Exception.h"
 #include "Filters/ExtBufInputFilter.h"
+#include "Filters/FilterReader.h"
 #include "SDF/Obj.h"
 #include "SDF/Parser.h"
 
@@ -187,5 +188,20 @@ private:
     std::string m_bytes;
     std::unique_ptr<SDF::SDFDoc> m_doc;
 };
+
+// Everything a filter chain delivers.
+inline std::string ReadAll(std::unique_ptr<Filters::Filter> f) {
+    Filters::FilterReader r(f.get());
+    std::string out;
+    for (int c; (c = r.Get()) >= 0;) out += char(c);
+    return out;
+}
+
+// A file of the base objects and `extra`.
+inline std::string WithObjects(std::vector<PdfObject> extra, UInt32 size = 0) {
+    auto objs = BaseObjects();
+    objs.insert(objs.end(), extra.begin(), extra.end());
+    return BuildPdf(objs, size);
+}
 
 }  // namespace lum::objtest

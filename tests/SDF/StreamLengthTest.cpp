@@ -10,25 +10,14 @@
 #include "ObjTestSupport.h"
 
 using namespace lum::SDF;
+using lum::objtest::WithObjects;
+using lum::objtest::ReadAll;
 using lum::objtest::BaseObjects;
 using lum::objtest::BuildPdf;
 using lum::objtest::MemDoc;
 using lum::objtest::PdfObject;
 
 namespace {
-
-std::string ReadAll(std::unique_ptr<lum::Filters::Filter> f) {
-    lum::Filters::FilterReader r(f.get());
-    std::string out;
-    for (int c; (c = r.Get()) >= 0;) out += char(c);
-    return out;
-}
-
-std::string WithObjects(std::vector<PdfObject> extra, lum::UInt32 size = 0) {
-    auto objs = BaseObjects();
-    objs.insert(objs.end(), extra.begin(), extra.end());
-    return BuildPdf(objs, size);
-}
 
 TEST(StreamLength, WhatTheReaderDelivers) {
     struct Case {

@@ -12,6 +12,7 @@
 #include "SDF/Obj.h"
 
 using namespace lum::SDF;
+using lum::objtest::ReadAll;
 using lum::UInt8;
 using lum::UInt16;
 using lum::UInt32;
@@ -19,13 +20,6 @@ using lum::UInt64;
 using lum::Unicode;
 
 namespace {
-
-std::string ReadAll(std::unique_ptr<lum::Filters::Filter> f) {
-    lum::Filters::FilterReader r(f.get());
-    std::string out;
-    for (int c; (c = r.Get()) >= 0;) out += char(c);
-    return out;
-}
 
 std::string Hex(const std::string& s) {
     static const char kHex[] = "0123456789ABCDEF";

@@ -113,22 +113,4 @@ TEST(Tokenizer, LongTokensPassTheInitialBuffer) {
     EXPECT_EQ(p->GetTokenSize(), 0u);
 }
 
-TEST(Tokenizer, CharacterClasses) {
-    for (int c : {0x00, 0x09, 0x0A, 0x0C, 0x0D, 0x20}) {
-        EXPECT_TRUE(Parser::IsWhite(c)) << c;
-        EXPECT_TRUE(Parser::IsWordEnd(c)) << c;
-    }
-    for (int c : {'(', ')', '/', '<', '>', '[', ']', '{', '}'}) {
-        EXPECT_TRUE(Parser::IsDelimiter(c)) << c;
-        EXPECT_FALSE(Parser::IsWhite(c)) << c;
-    }
-    EXPECT_TRUE(Parser::IsWordEnd('%'));
-    EXPECT_FALSE(Parser::IsDelimiter('%'));
-    for (int c : {0x01, 0x08, 0x0B, 0x0E, 0x1F, 0x23, 0x7F, 0x80, 0xFF}) {
-        EXPECT_FALSE(Parser::IsWordEnd(c)) << c;
-        EXPECT_EQ(Parser::gl_char_class[c] & Parser::e_name_plain, 0) << c;
-    }
-    EXPECT_FALSE(Parser::IsWhite(-1));
-}
-
 }  // namespace
