@@ -135,4 +135,28 @@ TEST(ObjLoad, ReferenceNeedsTwoNumbers) {
                        "false", "lum::SDF::Obj::IllegalFunctionException");
 }
 
+TEST(ObjLoad, ReferencesStayInTheirDocument) {
+    MemDoc a(WithObjects({{3, "3 0 obj [1] endobj"}}));
+    MemDoc b(WithObjects({}));
+    Obj* root = a->GetRoot();
+    Obj* kids = a->GetObj(3);
+    Indirect* foreign = b->GetObj(2);
+    const char* kCond = "this_doc == obj->GetDoc()";
+    EXPECT_LUM_FAILURE(root->Put("X", foreign), "Objects cannot belong to different documents",
+                       kCond, "lum::SDF::Dict::Put");
+    EXPECT_LUM_FAILURE(root->Replace(root->Find(e_Pages), foreign),
+                       "Objects can't belong to different documents", kCond,
+                       "lum::SDF::Dict::Replace");
+    EXPECT_LUM_FAILURE(kids->PushBack(foreign), "Objects cannot belong to different documents",
+                       kCond, "lum::SDF::Array::Insert");
+    EXPECT_LUM_FAILURE(kids->Replace(0, foreign), "Objects cannot belong to different documents",
+                       kCond, "lum::SDF::Array::Replace");
+    // A reference of the same document goes in, and a direct value takes the owner's number.
+    root->Put("Y", a->GetObj(3));
+    EXPECT_EQ(root->FindObj("Y"), a->GetObj(3));
+    kids->PushBack(new Number(2));
+    EXPECT_EQ(kids->GetAt(1)->GetObjNum(), 3u);
+    EXPECT_TRUE(a->GetObj(3)->IsModified());
+}
+
 }  // namespace
