@@ -81,7 +81,7 @@ TEST(DocImpl, ReferenceToAFreeObject) {
     EXPECT_EQ(four->Find(SDF::Name("Key")), four->DictEnd());
     SDF::Obj* element = four->FindObj("List")->GetAt(0);
     ASSERT_TRUE(element->IsIndirect());
-    const StoreFailure f = CatchStoreFailure([&] { element->GetType(); });
+    const Failure f = CatchFailure([&] { element->GetType(); });
     EXPECT_EQ(f.message, "Attempt to load a free object");
     EXPECT_EQ(f.condition, "obj.IsFree() == false");
     EXPECT_EQ(f.function, "lum::SDF::DocImpl::LoadObj");
@@ -128,7 +128,7 @@ TEST(DocImpl, OpeningChecksTheCatalog) {
 
     // Without Root even after the repair: opening works, asking for the root fails.
     MemDoc rootless(SimpleFile("/Info 4 0 R"));
-    const StoreFailure f = CatchStoreFailure([&] { rootless.Doc().GetRoot(); });
+    const Failure f = CatchFailure([&] { rootless.Doc().GetRoot(); });
     EXPECT_EQ(f.message, "Doc root not found");
     EXPECT_EQ(f.condition, "root");
     EXPECT_EQ(f.function, "lum::SDF::DocImpl::GetRoot");
@@ -227,7 +227,7 @@ TEST(DocImpl, ObjectWithoutEndObj) {
 }
 
 TEST(DocImpl, InputFilterRequirements) {
-    const StoreFailure f = CatchStoreFailure(
+    const Failure f = CatchFailure(
         [] { SDF::SDFDoc doc(std::make_unique<Filters::MemoryFilter>(100, false)); });
     EXPECT_EQ(f.message, "The filter must be of the input type");
     EXPECT_EQ(f.function, "lum::SDF::DocImpl::DocImpl");

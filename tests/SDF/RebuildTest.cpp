@@ -277,7 +277,7 @@ TEST(Rebuild, ReferencesWithoutObjectsAndGaps) {
 }
 
 TEST(Rebuild, NoHeaderMeansNoPdf) {
-    const StoreFailure f = CatchStoreFailure([] { MemDoc doc(std::string(5000, ' ') + "%PDF-1.7\n"); });
+    const Failure f = CatchFailure([] { MemDoc doc(std::string(5000, ' ') + "%PDF-1.7\n"); });
     EXPECT_TRUE(f.thrown);
     EXPECT_EQ(f.message, "Header not found");
     EXPECT_EQ(f.function, "lum::SDF::Parser::SkipHeader");

@@ -17,10 +17,10 @@ MemDoc OpenData(const std::string& name) { return MemDoc(ReadFile(DataPath(name)
 
 // Parses `bytes` with a fresh parser on a document opened (and possibly repaired) before, so
 // that a failure comes out with all its texts instead of leading to the rebuild.
-StoreFailure ParseFailure(const std::string& bytes) {
+Failure ParseFailure(const std::string& bytes) {
     MemDoc doc(bytes, false);
     doc.Impl().m_xref.Clear();
-    return CatchStoreFailure([&] {
+    return CatchFailure([&] {
         SDF::XRefParser parser(&doc.Impl());
         parser.Parse(0);
     });
@@ -250,7 +250,7 @@ TEST(XRefParser, FailuresOfTheFileStructure) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        const StoreFailure f = ParseFailure(c.file);
+        const Failure f = ParseFailure(c.file);
         EXPECT_TRUE(f.thrown);
         EXPECT_EQ(f.message, c.message);
         EXPECT_EQ(f.condition, c.condition);

@@ -1,6 +1,7 @@
 #pragma once
 // Helpers for the tests of the document store: documents opened on bytes in memory, a small
-// builder that writes PDFs with right offsets, and catching a failure with its texts.
+// builder that writes PDFs with right offsets. Failures are caught with CatchFailure of the
+// object tests.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -12,30 +13,13 @@
 #include "Filters/ExtBufInputFilter.h"
 #include "SDF/DocImpl.h"
 #include "SDF/Obj.h"
+#include "SDF/ObjTestSupport.h"
 #include "SDF/SDFDoc.h"
 
 namespace lum::test {
 
-struct StoreFailure {
-    bool thrown = false;
-    std::string message;
-    std::string condition;
-    std::string function;
-};
-
-template <class F>
-StoreFailure CatchStoreFailure(F&& f) {
-    StoreFailure r;
-    try {
-        f();
-    } catch (const Common::Exception& e) {
-        r.thrown = true;
-        r.message = e.GetMessage();
-        r.condition = e.GetCondition();
-        r.function = e.GetFunction();
-    }
-    return r;
-}
+using objtest::CatchFailure;
+using objtest::Failure;
 
 // A document opened on bytes that it keeps.
 class MemDoc {
