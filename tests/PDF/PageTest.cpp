@@ -76,8 +76,8 @@ struct TwoLevel {
 struct BoxCase {
     const char* name;
     Attrs inherited, own;
-    Rect media;   // GetMediaBox
-    Rect crop;    // GetCropBox
+    Rect media;  // GetMediaBox
+    Rect crop;   // GetCropBox
     Rect box[6];  // GetBox of each kind
     double width, height;
     int rotation;  // 0..3
@@ -87,168 +87,62 @@ Rect R(double a, double b, double c, double d) { return Rect(a, b, c, d); }
 
 const Rect kLetter = R(0, 0, 612, 792);
 const Rect kSquare = R(100, 100, 200, 200);
+const Rect kA4 = R(0, 0, 595.28, 841.89);
 
+// A case whose boxes of kind 1 to 5 all equal the crop box.
+BoxCase Case(const char* name, Attrs inherited, Attrs own, Rect media, Rect crop, Rect kind0,
+             double w, double h, int rotation = 0) {
+    return {name, inherited, own, media, crop, {kind0, crop, crop, crop, crop, crop},
+            w, h, rotation};
+}
+
+// clang-format off
 std::vector<BoxCase> BoxCases() {
-    std::vector<BoxCase> v;
-    v.push_back({"NoMediaBoxAnywhere",
-                 {},
-                 {},
-                 kLetter,
-                 kLetter,
-                 {kLetter, kLetter, kLetter, kLetter, kLetter, kLetter},
-                 612,
-                 792,
-                 0});
-    v.push_back({"InheritedMediaBox",
-                 A().Media(0, 0, 595.28, 841.89),
-                 {},
-                 R(0, 0, 595.28, 841.89),
-                 R(0, 0, 595.28, 841.89),
-                 {R(0, 0, 595.28, 841.89), R(0, 0, 595.28, 841.89), R(0, 0, 595.28, 841.89),
-                  R(0, 0, 595.28, 841.89), R(0, 0, 595.28, 841.89), R(0, 0, 595.28, 841.89)},
-                 595.28,
-                 841.89,
-                 0});
-    v.push_back({"OwnMediaBoxWinsOverParent",
-                 A().Media(0, 0, 10, 10),
-                 A().Media(0, 0, 300, 400),
-                 R(0, 0, 300, 400),
-                 R(0, 0, 300, 400),
-                 {R(0, 0, 300, 400), R(0, 0, 300, 400), R(0, 0, 300, 400), R(0, 0, 300, 400),
-                  R(0, 0, 300, 400), R(0, 0, 300, 400)},
-                 300,
-                 400,
-                 0});
-    // A media box without width: kind 0 gets a sliver, everything else keeps it raw.
-    v.push_back({"ZeroWidthMediaBox",
-                 {},
-                 A().Media(0, 0, 0, 792),
-                 R(0, 0, 0, 792),
-                 R(0, 0, 0, 792),
-                 {R(0, 0, 0.0001, 792), R(0, 0, 0, 792), R(0, 0, 0, 792), R(0, 0, 0, 792),
-                  R(0, 0, 0, 792), R(0, 0, 0, 792)},
-                 0,
-                 792,
-                 0});
-    v.push_back({"UnorderedMediaBoxStaysAsStored",
-                 {},
-                 A().Media(612, 792, 0, 0),
-                 R(612, 792, 0, 0),
-                 R(612, 792, 0, 0),
-                 {R(612, 792, 0, 0), R(612, 792, 0, 0), R(612, 792, 0, 0), R(612, 792, 0, 0),
-                  R(612, 792, 0, 0), R(612, 792, 0, 0)},
-                 612,
-                 792,
-                 0});
-    // Apart from the media box but with an area of its own: the crop box stands.
-    v.push_back({"CropBoxOutsideMediaBox",
-                 {},
-                 A().Media(100, 100, 200, 200).Crop(10, 10, 20, 20),
-                 kSquare,
-                 R(10, 10, 20, 20),
-                 {kSquare, R(10, 10, 20, 20), R(10, 10, 20, 20), R(10, 10, 20, 20),
-                  R(10, 10, 20, 20), R(10, 10, 20, 20)},
-                 10,
-                 10,
-                 0});
-    v.push_back({"CropBoxWithoutWidth",
-                 {},
-                 A().Media(100, 100, 200, 200).Crop(150, 100, 150, 200),
-                 kSquare,
-                 kSquare,
-                 {kSquare, kSquare, kSquare, kSquare, kSquare, kSquare},
-                 100,
-                 100,
-                 0});
-    v.push_back({"CropBoxCutToOverlap",
-                 {},
-                 A().Media(0, 0, 612, 792).Crop(-10, 700, 100, 900),
-                 kLetter,
-                 R(0, 700, 100, 792),
-                 {kLetter, R(0, 700, 100, 792), R(0, 700, 100, 792), R(0, 700, 100, 792),
-                  R(0, 700, 100, 792), R(0, 700, 100, 792)},
-                 100,
-                 92,
-                 0});
-    // Touching boxes have no overlap with area.
-    v.push_back({"CropBoxTouchingMediaBox",
-                 {},
-                 A().Media(0, 0, 100, 100).Crop(100, 0, 200, 100),
-                 R(0, 0, 100, 100),
-                 R(100, 0, 200, 100),
-                 {R(0, 0, 100, 100), R(100, 0, 200, 100), R(100, 0, 200, 100), R(100, 0, 200, 100),
-                  R(100, 0, 200, 100), R(100, 0, 200, 100)},
-                 100,
-                 100,
-                 0});
-    v.push_back({"UnorderedCropBoxIsOrderedByIntersection",
-                 A().Crop(500, 700, 50, 60),
-                 {},
-                 kLetter,
-                 R(50, 60, 500, 700),
-                 {kLetter, R(50, 60, 500, 700), R(50, 60, 500, 700), R(50, 60, 500, 700),
-                  R(50, 60, 500, 700), R(50, 60, 500, 700)},
-                 450,
-                 640,
-                 0});
+    Rect z = R(0, 0, 0, 792);
+    std::vector<BoxCase> v = {
+        Case("NoMediaBoxAnywhere", A(), A(), kLetter, kLetter, kLetter, 612, 792),
+        Case("InheritedMediaBox", A().Media(0, 0, 595.28, 841.89), A(), kA4, kA4, kA4, 595.28,
+             841.89),
+        Case("OwnMediaBoxWinsOverParent", A().Media(0, 0, 10, 10), A().Media(0, 0, 300, 400),
+             R(0, 0, 300, 400), R(0, 0, 300, 400), R(0, 0, 300, 400), 300, 400),
+        // A media box without width: kind 0 gets a sliver, everything else keeps it raw.
+        Case("ZeroWidthMediaBox", A(), A().Media(0, 0, 0, 792), z, z, R(0, 0, 0.0001, 792), 0, 792),
+        Case("UnorderedMediaBoxStaysAsStored", A(), A().Media(612, 792, 0, 0), R(612, 792, 0, 0),
+             R(612, 792, 0, 0), R(612, 792, 0, 0), 612, 792),
+        // Apart from the media box but with an area of its own: the crop box stands.
+        Case("CropBoxOutsideMediaBox", A(), A().Media(100, 100, 200, 200).Crop(10, 10, 20, 20),
+             kSquare, R(10, 10, 20, 20), kSquare, 10, 10),
+        Case("CropBoxWithoutWidth", A(), A().Media(100, 100, 200, 200).Crop(150, 100, 150, 200),
+             kSquare, kSquare, kSquare, 100, 100),
+        Case("CropBoxCutToOverlap", A(), A().Media(0, 0, 612, 792).Crop(-10, 700, 100, 900),
+             kLetter, R(0, 700, 100, 792), kLetter, 100, 92),
+        // Touching boxes have no overlap with area.
+        Case("CropBoxTouchingMediaBox", A(), A().Media(0, 0, 100, 100).Crop(100, 0, 200, 100),
+             R(0, 0, 100, 100), R(100, 0, 200, 100), R(0, 0, 100, 100), 100, 100),
+        Case("UnorderedCropBoxIsOrderedByIntersection", A().Crop(500, 700, 50, 60), A(), kLetter,
+             R(50, 60, 500, 700), kLetter, 450, 640),
+        Case("RotatedCropSwapsWidthAndHeight", A().Rotate(90), A().Media(0, 0, 600, 800),
+             R(0, 0, 600, 800), R(0, 0, 600, 800), R(0, 0, 600, 800), 800, 600, 1),
+    };
     // Degenerate media and crop: kind 1 falls back to kind 0, GetCropBox to the raw media box.
-    v.push_back({"DegenerateMediaAndCrop",
-                 {},
-                 A().Media(0, 0, 0, 792).Crop(5, 5, 5, 5),
-                 R(0, 0, 0, 792),
-                 R(0, 0, 0, 792),
-                 {R(0, 0, 0.0001, 792), R(0, 0, 0.0001, 792), R(0, 0, 0.0001, 792),
-                  R(0, 0, 0.0001, 792), R(0, 0, 0.0001, 792), R(0, 0, 0.0001, 792)},
-                 0.0001,
-                 792,
-                 0});
+    Rect sliver = R(0, 0, 0.0001, 792);
+    v.push_back({"DegenerateMediaAndCrop", A(), A().Media(0, 0, 0, 792).Crop(5, 5, 5, 5), z, z,
+                 {sliver, sliver, sliver, sliver, sliver, sliver}, 0.0001, 792, 0});
     // Bleed, trim and art are cut by the media box, not the crop box; apart gives zeros.
-    v.push_back({"BleedTrimArt",
-                 {},
-                 A().Media(0, 0, 612, 792)
-                     .Crop(10, 10, 300, 300)
-                     .Bleed(-5, -5, 700, 700)
-                     .Trim(700, 800, 900, 900)
-                     .Art(20, 20, 30, 30),
-                 kLetter,
-                 R(10, 10, 300, 300),
-                 {kLetter, R(10, 10, 300, 300), R(0, 0, 612, 700), R(0, 0, 0, 0), R(20, 20, 30, 30),
-                  R(10, 10, 300, 300)},
-                 290,
-                 290,
-                 0});
-    v.push_back({"UserCropInsideAndApart",
-                 A().User(0, 0, 50, 50),
-                 A().Crop(20, 20, 100, 100),
-                 kLetter,
-                 R(20, 20, 100, 100),
-                 {kLetter, R(20, 20, 100, 100), R(20, 20, 100, 100), R(20, 20, 100, 100),
-                  R(20, 20, 100, 100), R(20, 20, 50, 50)},
-                 80,
-                 80,
-                 0});
-    v.push_back({"UserCropApartGivesCrop",
-                 {},
-                 A().Crop(20, 20, 100, 100).User(200, 200, 300, 300),
-                 kLetter,
-                 R(20, 20, 100, 100),
-                 {kLetter, R(20, 20, 100, 100), R(20, 20, 100, 100), R(20, 20, 100, 100),
-                  R(20, 20, 100, 100), R(20, 20, 100, 100)},
-                 80,
-                 80,
-                 0});
-    v.push_back({"RotatedCropSwapsWidthAndHeight",
-                 A().Rotate(90),
-                 A().Media(0, 0, 600, 800),
-                 R(0, 0, 600, 800),
-                 R(0, 0, 600, 800),
-                 {R(0, 0, 600, 800), R(0, 0, 600, 800), R(0, 0, 600, 800), R(0, 0, 600, 800),
-                  R(0, 0, 600, 800), R(0, 0, 600, 800)},
-                 800,
-                 600,
-                 1});
+    Rect c = R(10, 10, 300, 300);
+    v.push_back({"BleedTrimArt", A(), A().Media(0, 0, 612, 792).Crop(10, 10, 300, 300)
+                     .Bleed(-5, -5, 700, 700).Trim(700, 800, 900, 900).Art(20, 20, 30, 30),
+                 kLetter, c, {kLetter, c, R(0, 0, 612, 700), R(0, 0, 0, 0), R(20, 20, 30, 30), c},
+                 290, 290, 0});
+    Rect u = R(20, 20, 100, 100);
+    v.push_back({"UserCropInside", A().User(0, 0, 50, 50), A().Crop(20, 20, 100, 100), kLetter, u,
+                 {kLetter, u, u, u, u, R(20, 20, 50, 50)}, 80, 80, 0});
+    v.push_back(Case("UserCropApartGivesCrop", A(),
+                     A().Crop(20, 20, 100, 100).User(200, 200, 300, 300), kLetter, u, kLetter, 80,
+                     80));
     return v;
 }
+// clang-format on
 
 class PageBoxes : public ::testing::TestWithParam<BoxCase> {};
 
