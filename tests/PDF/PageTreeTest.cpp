@@ -285,6 +285,23 @@ TEST(PageTree, FlatTreeWithWrongCountStaysLinear) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 
+TEST(PageTree, DepthOfTheWalkIsCapped) {
+    // The root and `inner` nodes nested one in the other, the page at the bottom: the walk
+    // holds the root and every inner node on its path, at most kMaxPageTreeDepth of them.
+    for (int inner : {lum::Limits::kMaxPageTreeDepth - 1, lum::Limits::kMaxPageTreeDepth}) {
+        std::vector<std::string> objects = {kCatalog};
+        for (int i = 0; i <= inner; ++i)
+            objects.push_back("<< /Type /Pages /Kids [" + std::to_string(i + 3) +
+                              " 0 R] /Count 1 >>");
+        objects.push_back(kPage);
+        Opened f(objects);
+        PageIterator it = f.doc->GetPageIterator(1);
+        EXPECT_EQ(inner < lum::Limits::kMaxPageTreeDepth ? std::to_string(inner + 3) : "end",
+                  Describe(*f.doc, it))
+            << inner;
+    }
+}
+
 std::vector<std::string> Iterate(PDFDoc& doc) {
     std::vector<std::string> out;
     for (PageIterator it = doc.GetPageIterator(1); it != doc.GetPageIteratorEnd(); ++it) {
