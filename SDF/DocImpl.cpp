@@ -94,6 +94,8 @@ void DocImpl::Open(bool check_root) {
 }
 
 void DocImpl::Rebuild() {
+    // What the failed parse found out about the table no longer holds.
+    m_has_xref_stream = false;
     XRefRebuilderImpl rebuilder(this);
     rebuilder.Rebuild();
 }

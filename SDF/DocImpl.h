@@ -79,7 +79,8 @@ public:
     bool IsRebuilt() const { return m_rebuilt; }
     // The newest section was a cross-reference stream, or the rebuild took one as trailer.
     bool HasXRefStream() const { return m_has_xref_stream; }
-    // Absolute offset of the newest cross-reference section (0 after a rebuild from scratch).
+    // Absolute offset of the newest cross-reference section as startxref gave it (also when
+    // the table was rebuilt after all); 0 when startxref was not found.
     UInt64 GetLastXRefOffset() const { return m_last_xref_offset; }
     // The header as found in the first 1024 bytes ("%PDF-1.7"), empty when there was none.
     const std::string& GetHeader() const { return m_header; }

@@ -147,6 +147,21 @@ TEST(Rebuild, CrossReferenceStreamBecomesTheTrailer) {
     EXPECT_TRUE(doc.Get(9)->IsFree());
 }
 
+TEST(Rebuild, CrossReferenceStreamFlagFollowsTheRepair) {
+    // The newest section is a stream (read first, so the parse sets the flag) whose Prev leads
+    // nowhere; the rebuild keeps the plain trailer it met first, as the stream has Prev.
+    PdfBuilder b;
+    b.PageTree().Raw("trailer\n<< /Root 1 0 R >>\n");
+    const size_t at = b.Pos();
+    b.Raw("9 0 obj\n<< /Type /XRef /Root 1 0 R /Size 10 /Prev 99999 /W [1 2 1] /Index [1 0] "
+          "/Filter /AHx /Length 1 >>\nstream\n>\nendstream\nendobj\nstartxref\n" +
+          std::to_string(at) + "\n%%EOF\n");
+    MemDoc doc(b.Bytes());
+    EXPECT_TRUE(doc.Impl().IsRebuilt());
+    EXPECT_FALSE(doc.Impl().HasXRefStream());
+    EXPECT_TRUE(doc.Trailer()->IsDict());
+}
+
 TEST(Rebuild, ObjectStreamsAreUnpacked) {
     PdfBuilder b;
     b.PageTree();
