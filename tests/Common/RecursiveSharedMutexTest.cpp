@@ -22,6 +22,22 @@ auto OnOtherThread(F f) {
     return result;
 }
 
+// Whether another thread could take the lock exclusively / shared right now (it lets go at once).
+bool OtherThreadCanLock(RecursiveSharedMutex& m) {
+    return OnOtherThread([&] {
+        const bool ok = m.try_lock();
+        if (ok) m.unlock();
+        return ok;
+    });
+}
+bool OtherThreadCanLockShared(RecursiveSharedMutex& m) {
+    return OnOtherThread([&] {
+        const bool ok = m.try_lock_shared();
+        if (ok) m.unlock_shared();
+        return ok;
+    });
+}
+
 TEST(RecursiveSharedMutex, NestedHoldsOfBothFormsKeepTheLockUntilTheLastRelease) {
     RecursiveSharedMutex m;
     m.lock();
@@ -29,40 +45,28 @@ TEST(RecursiveSharedMutex, NestedHoldsOfBothFormsKeepTheLockUntilTheLastRelease)
     m.lock();
     EXPECT_EQ(m.GetWriteCount(), 2u);
     EXPECT_EQ(m.GetReadCount(), 1u);
-    EXPECT_FALSE(OnOtherThread([&] { return m.try_lock_shared(); }));
+    EXPECT_FALSE(OtherThreadCanLockShared(m));
 
     m.unlock();
     m.unlock_shared();
-    EXPECT_FALSE(OnOtherThread([&] { return m.try_lock(); }));
+    EXPECT_FALSE(OtherThreadCanLock(m));
     m.unlock();
     EXPECT_EQ(m.GetWriteCount(), 0u);
-    EXPECT_TRUE(OnOtherThread([&] {
-        bool ok = m.try_lock();
-        if (ok) m.unlock();
-        return ok;
-    }));
+    EXPECT_TRUE(OtherThreadCanLock(m));
 }
 
 TEST(RecursiveSharedMutex, ReadersShareAndBlockWriters) {
     RecursiveSharedMutex m;
     m.lock_shared();
     m.lock_shared();
-    EXPECT_TRUE(OnOtherThread([&] {
-        bool ok = m.try_lock_shared();
-        if (ok) m.unlock_shared();
-        return ok;
-    }));
-    EXPECT_FALSE(OnOtherThread([&] { return m.try_lock(); }));
+    EXPECT_TRUE(OtherThreadCanLockShared(m));
+    EXPECT_FALSE(OtherThreadCanLock(m));
     // A write request by a thread that already reads only raises its count.
     EXPECT_TRUE(m.try_lock());
     m.unlock();
     m.unlock_shared();
     m.unlock_shared();
-    EXPECT_TRUE(OnOtherThread([&] {
-        bool ok = m.try_lock();
-        if (ok) m.unlock();
-        return ok;
-    }));
+    EXPECT_TRUE(OtherThreadCanLock(m));
 }
 
 TEST(RecursiveSharedMutex, UnlockWithoutMatchingHoldFails) {

@@ -212,20 +212,6 @@ TEST(DocImpl, DocumentDiesCleanlyAfterAFailedLoad) {
     doc.reset();
 }
 
-TEST(DocImpl, ObjectWithoutEndObj) {
-    PdfBuilder b;
-    b.PageTree().Raw("4 0 obj\n(no end)\n");
-    const size_t four = b.Bytes().find("4 0 obj");
-    const size_t at = b.Pos();
-    std::string file = b.Bytes() + "xref\n0 5\n" + PdfBuilder::Row(0, 65535, 'f');
-    for (UInt32 n = 1; n <= 3; ++n) file += PdfBuilder::Row(b.OffsetOf(n), 0, 'n');
-    file += PdfBuilder::Row(four, 0, 'n') + "trailer\n<< /Size 5 /Root 1 0 R >>\nstartxref\n" +
-            std::to_string(at) + "\n%%EOF\n";
-    MemDoc doc(file);
-    EXPECT_FALSE(doc.Impl().IsRebuilt());
-    EXPECT_EQ(StrText(doc.Get(4)), "no end");
-}
-
 TEST(DocImpl, InputFilterRequirements) {
     const Failure f = CatchFailure(
         [] { SDF::SDFDoc doc(std::make_unique<Filters::MemoryFilter>(100, false)); });
