@@ -111,4 +111,16 @@ inline constexpr int kMaxPageTreeDepth = 1024;
 // be deeper (or a link loop the inode check can't see, as on some network shares) is cut here.
 inline constexpr std::size_t kMaxFolderDepth = 256;
 
+// --- Text engine ---
+
+// Glyphs. Glyphs captured on one page; the rest of the page's text is passed over. A glyph
+// costs about 400 bytes through the layout and the store, so this keeps a page below half a
+// GiB; a dense real page holds a few thousand, a book set in one page a few hundred thousand.
+inline constexpr std::uint32_t kMaxPageGlyphs = std::uint32_t(1) << 20;
+
+// Passes. Rounds of the line joining of one text direction, which repeats until a round
+// joins nothing. Each round that joins removes a block, so a page built to join one pair per
+// round would cost rounds times blocks; real pages settle in two or three rounds.
+inline constexpr int kMaxReflowPasses = 64;
+
 }  // namespace lum::Limits

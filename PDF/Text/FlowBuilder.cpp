@@ -1,0 +1,141 @@
+// Reading order: the blocks of a layout are cut into flows, each a column read from the top.
+// A flow starts at the leftmost block of the top row and goes down, depth first, through
+// blocks that stay within the free room beside the blocks above them.
+#include <algorithm>
+#include <cmath>
+
+#include "PDF/Text/TextLayout.h"
+
+namespace lum::PDF {
+
+namespace {
+
+// A flow doesn't reach further down than this, in font heights of its last block.
+constexpr double kMaxFlowGap = 4.0;
+// The first block of a flow looks past blocks beside it that start further right than this,
+// in its font heights.
+constexpr double kFarRight = 5.0;
+// Blocks whose edges are closer than this share of the smaller font height start or end
+// together.
+constexpr double kEdgeTolerance = 0.3;
+constexpr double kUnbounded = 1e200;
+
+struct Span {
+    double lo = -kUnbounded, hi = kUnbounded;
+};
+
+// The list of one BuildFlows: blocks sorted from the top; a block taken into a flow leaves a
+// hole, and the holes at the front are skipped for good.
+class FlowList {
+public:
+    explicit FlowList(std::vector<Block*>& blocks) : m_blocks(blocks) {}
+
+    bool Empty() {
+        SkipHoles();
+        return m_first == m_blocks.size();
+    }
+    size_t First() {
+        SkipHoles();
+        return m_first;
+    }
+    size_t Size() const { return m_blocks.size(); }
+    Block* At(size_t i) const { return m_blocks[i]; }
+    void Take(size_t i) { m_blocks[i] = nullptr; }
+
+    // The leftmost block of the row that `best` (at position `best_pos`) starts, looking
+    // from `from` on; answers its position.
+    size_t PickLeftmost(size_t best_pos, size_t from) const {
+        for (size_t i = from; i < m_blocks.size(); ++i) {
+            const Block* a = m_blocks[i];
+            if (!a) continue;
+            const Block* best = m_blocks[best_pos];
+            if (SepY(*a, *best) > 0) break;
+            if (best->m_box.x1 >= a->m_box.x2) {
+                best_pos = i;  // wholly to the left
+                continue;
+            }
+            const double t = kEdgeTolerance * std::fmin(a->m_font_height, best->m_font_height);
+            if (std::fabs(a->m_box.x1 - best->m_box.x1) > t &&
+                std::fabs(a->m_box.x2 - best->m_box.x2) > t && a->m_box.x1 < best->m_box.x1)
+                best_pos = i;
+        }
+        return best_pos;
+    }
+
+    // The block that continues the flow below `b` within `span`, or Size().
+    size_t FindNext(const Block& b, const Span& span) {
+        for (size_t i = First(); i < m_blocks.size(); ++i) {
+            const Block* a = m_blocks[i];
+            if (!a) continue;
+            if (b.m_box.y1 > kMaxFlowGap * b.m_font_height + a->m_box.y2) return Size();
+            if (a->m_box.y1 < b.m_box.y2 && a->m_box.x1 >= span.lo && a->m_box.x2 <= span.hi)
+                return PickLeftmost(i, i + 1);
+        }
+        return Size();
+    }
+
+    // The free room beside `b`: up to the nearest blocks on either side that share its height.
+    // The first block of a flow (`limit`) looks past blocks far to its right.
+    Span SideBounds(const Block& b, bool limit) {
+        Span s;
+        for (size_t i = First(); i < m_blocks.size(); ++i) {
+            const Block* c = m_blocks[i];
+            if (!c || c == &b) continue;
+            if (b.m_box.y1 > c->m_box.y2) break;
+            if (SepY(b, *c) > 0) continue;
+            if (limit && c->m_box.x1 - b.m_box.x2 > kFarRight * b.m_font_height) continue;
+            if (b.m_box.x1 > c->m_box.x1)
+                s.lo = std::fmax(s.lo, std::fmin(c->m_box.x2, b.m_box.x1));
+            if (c->m_box.x2 > b.m_box.x2)
+                s.hi = std::fmin(s.hi, std::fmax(c->m_box.x1, b.m_box.x2));
+        }
+        return s;
+    }
+
+private:
+    void SkipHoles() {
+        while (m_first < m_blocks.size() && !m_blocks[m_first]) ++m_first;
+    }
+
+    std::vector<Block*>& m_blocks;
+    size_t m_first = 0;
+};
+
+}  // namespace
+
+void TextLayout::BuildFlows(std::vector<Flow>& out) {
+    SortFromTop();
+    FlowList list(m_blocks);
+    struct Entry {
+        Block* block;
+        Span span;
+    };
+    std::vector<Entry> stack;
+    while (!list.Empty()) {
+        const size_t first = list.First();
+        const size_t start = list.PickLeftmost(first, first + 1);
+        Block* s = list.At(start);
+        Flow& flow = out.emplace_back();
+        flow.blocks.push_back(s);
+        flow.box = s->m_box;
+        stack.clear();
+        stack.push_back({s, list.SideBounds(*s, true)});
+        list.Take(start);
+        while (!stack.empty()) {
+            const Entry top = stack.back();
+            const size_t next = list.FindNext(*top.block, top.span);
+            if (next == list.Size()) {
+                stack.pop_back();
+                continue;
+            }
+            Block* n = list.At(next);
+            flow.blocks.push_back(n);
+            ExtendBox(flow.box, n->m_box);
+            stack.push_back({n, list.SideBounds(*n, false)});
+            list.Take(next);
+        }
+    }
+    m_blocks.clear();
+}
+
+}  // namespace lum::PDF

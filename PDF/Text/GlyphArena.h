@@ -1,0 +1,94 @@
+#pragma once
+// The glyphs of one page as the capture found them, and the fragments (stretches of glyphs
+// without white space) that group them. Both live in flat tables that are reused from page to
+// page: a glyph costs no allocation of its own.
+#include <vector>
+
+#include "Common/Types.h"
+#include "PDF/Text/TextGeometry.h"
+
+namespace lum::PDF {
+
+// Flags of a fragment.
+enum WordFragFlag : UInt8 {
+    e_word_break_before = 1,  // at emission: a word ends in front of this run
+    e_space_before = 2,       // a white-space glyph stood in front of this fragment
+    e_space_after = 4,        // a white-space glyph followed it within its element
+};
+
+// The two matrices of an element: glyph units to the text frame before a character's own
+// translation (the scale S), and text frame to page frame (M).
+struct GlyphMatrices {
+    Matrix2D glyph;
+    Matrix2D page;
+};
+
+struct GlyphRecord {
+    Quad page_quad;  // page frame
+    Quad text_quad;  // text frame
+    // The character's origin in the text frame: the glyph matrix is S moved by it.
+    double x = 0, y = 0;
+    UInt32 matrices = 0;  // index of the element's GlyphMatrices
+    Int32 offset = 0;     // offset of the character code in the page's text strings
+    Unicode unit = 0;
+};
+
+// A stretch of glyphs without white space: a word or part of one. Its glyphs are a range of
+// the arena's table; `reversed` fragments (mirror mode, where glyphs arrive in visual order)
+// read that range backwards.
+struct WordFrag {
+    UInt32 first = 0;
+    UInt32 count = 0;
+    UInt8 flags = 0;
+    bool reversed = false;
+    Rect box;  // layout frame
+    double baseline = 0;
+    Quad quad;  // page frame
+
+    bool Empty() const { return count == 0; }
+};
+
+class GlyphArena {
+public:
+    void Clear() {
+        m_glyphs.clear();
+        m_frags.clear();
+        m_matrices.clear();
+    }
+
+    // Glyph i of `f` in logical order.
+    GlyphRecord& Glyph(const WordFrag& f, UInt32 i) {
+        return m_glyphs[f.reversed ? f.first + f.count - 1 - i : f.first + i];
+    }
+    const GlyphRecord& Glyph(const WordFrag& f, UInt32 i) const {
+        return m_glyphs[f.reversed ? f.first + f.count - 1 - i : f.first + i];
+    }
+    WordFrag& Frag(UInt32 i) { return m_frags[i]; }
+    const WordFrag& Frag(UInt32 i) const { return m_frags[i]; }
+    const GlyphMatrices& Matrices(UInt32 i) const { return m_matrices[i]; }
+
+    UInt32 AddMatrices(const GlyphMatrices& m) {
+        m_matrices.push_back(m);
+        return static_cast<UInt32>(m_matrices.size() - 1);
+    }
+    UInt32 GlyphCount() const { return static_cast<UInt32>(m_glyphs.size()); }
+    UInt32 FragCount() const { return static_cast<UInt32>(m_frags.size()); }
+
+    // Adds a glyph to the open fragment `f`, whose glyphs are the last ones of the table.
+    // Raises when the glyph matrix or the page matrix is zero: no box can be computed.
+    void AddGlyph(WordFrag& f, const Rect& layout_box, const Quad& page_quad,
+                  const Quad& text_quad, Unicode unit, Int32 offset, double baseline, bool at_back,
+                  double x, double y, UInt32 matrices);
+    // Appends the finished fragment `f` to the table of fragments; answers its index.
+    UInt32 CommitFrag(const WordFrag& f) {
+        m_frags.push_back(f);
+        return static_cast<UInt32>(m_frags.size() - 1);
+    }
+
+private:
+    std::vector<GlyphRecord> m_glyphs;
+    std::vector<WordFrag> m_frags;
+    std::vector<GlyphMatrices> m_matrices;
+};
+
+}  // namespace lum::PDF

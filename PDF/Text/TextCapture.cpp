@@ -1,0 +1,230 @@
+#include "PDF/Text/TextCapture.h"
+
+#include <cmath>
+
+#include "Common/Limits.h"
+#include "PDF/Text/LayoutBuilder.h"
+#include "PDF/Text/TextUnicode.h"
+
+namespace lum::PDF {
+
+namespace {
+
+// Points. A glyph whose box reaches beyond this is passed over: no page is that large, and
+// beyond it the differences of the layout would overflow or lose all precision.
+constexpr double kMaxCoordinate = 1e9;
+
+bool IsIdentity(const Matrix2D& m) {
+    return ApproxEqual(m.m_a, 1) && ApproxEqual(m.m_b, 0) && ApproxEqual(m.m_c, 0) &&
+           ApproxEqual(m.m_d, 1) && ApproxEqual(m.m_h, 0) && ApproxEqual(m.m_v, 0);
+}
+
+// 100 / 2π to five decimals: acos of the rotation's cosine in hundredths of a turn.
+constexpr double kDirectionScale = 15.91549;
+
+}  // namespace
+
+bool SetElementFrames(const Matrix2D& t, double font_size, CaptureElement& e) {
+    const double a = t.m_a, b = t.m_b, c = t.m_c, d = t.m_d;
+    const double s2 = a * a + b * b;
+    if (s2 == 0 || !std::isfinite(s2) || !std::isfinite(c) || !std::isfinite(d) ||
+        !std::isfinite(t.m_h) || !std::isfinite(t.m_v))
+        return false;
+    const double s = std::sqrt(s2);
+    const double cos = a / s, sin = b / s;
+    const double dp = (d * a - c * b) / s;
+    const double shear = ((c * a + d * b) / s2) * (dp / s);
+    const double turn = std::acos(std::fmax(-1.0, std::fmin(1.0, cos))) * kDirectionScale;
+    e.direction = static_cast<int>(turn);
+    e.page = t;
+    if (ApproxEqual(cos, 1) && ApproxEqual(-sin, 0) && ApproxEqual(sin, 0)) {
+        e.layout = t;
+    } else {
+        e.layout = Matrix2D(s, 0, s * shear, dp, sin * t.m_v + cos * t.m_h,
+                            cos * t.m_v - sin * t.m_h);
+    }
+    e.font_height = std::sqrt((font_size * c) * (font_size * c) + (font_size * d) * (font_size * d));
+    return true;
+}
+
+void TextCapture::Reset(UInt32 flags, bool mirror_mode, double mirror_width) {
+    m_flags = flags;
+    m_mirror_mode = mirror_mode;
+    m_mirror_width = mirror_width;
+    m_mirror = Matrix2D();
+    m_mirror_inverse = Matrix2D();
+    if (mirror_mode) {
+        m_mirror = Matrix2D(-1, 0, 0, 1, mirror_width, 0);
+        m_mirror.Inverse(m_mirror_inverse);
+    }
+    m_offset_counter = 0;
+    m_pending_space = false;
+    ClearFrag();
+    mp_run = nullptr;
+}
+
+void TextCapture::BeginElement(const CaptureElement& e) {
+    m_el = e;
+    ClearFrag();
+    mp_run = nullptr;
+    m_m = e.page;
+    if (m_mirror_mode) {
+        m_m = e.page * m_mirror;
+        if (m_el.adjustment != 0) m_el.adjustment = -m_el.adjustment;
+    }
+    m_identity = IsIdentity(m_m);
+    m_axis = ApproxEqual(m_m.m_b, 0) && ApproxEqual(m_m.m_c, 0) && DefinitelyGreater(m_m.m_a, 0) &&
+             DefinitelyGreater(m_m.m_d, 0);
+    m_no_glyph_yet = true;
+    m_box_empty = true;
+    m_element_box = Rect();
+    if (m_pending_space) {
+        m_pending_space = false;
+        m_frag.flags |= e_space_before;
+    }
+    m_matrices = m_arena.AddMatrices({e.glyph, m_m});
+}
+
+void TextCapture::AddChar(const CaptureChar& c) {
+    m_offset_counter += c.bytes;
+    const Int32 offset = static_cast<Int32>(m_offset_counter - c.bytes);
+    if (m_arena.GlyphCount() >= Limits::kMaxPageGlyphs) return;
+
+    const Matrix2D& t = m_el.page;
+    const Matrix2D& d = m_el.layout;
+    const double baseline = d.m_b * c.x + d.m_d * c.y + d.m_v;
+    Rect box;
+    Quad text_quad;
+    if (c.use_advance) {
+        box = c.glyph_box;
+        text_quad = QuadOnBox(Matrix2D(), box);
+    } else {
+        Matrix2D gc = m_el.glyph;
+        gc.m_h += c.x;
+        gc.m_v += c.y;
+        text_quad = QuadThrough(gc, c.glyph_box);
+        box = BoxAround(text_quad);
+    }
+    const Rect layout_box_raw = BoxAround(QuadThrough(d, box));
+    Quad page_quad = QuadThrough(t, box);
+    const Rect page_box = BoxAround(page_quad);
+    const Rect test_box = c.has_outline ? page_box : BoxAround(QuadThrough(t, c.advance_box));
+    if (!IsBounded(page_box, kMaxCoordinate) || !IsBounded(layout_box_raw, kMaxCoordinate))
+        return;
+    if (IsOutside(test_box, *m_el.clip)) return;
+
+    Rect layout_box = layout_box_raw;
+    if (m_mirror_mode) {
+        layout_box.x1 = m_mirror_width - layout_box_raw.x2;
+        layout_box.x2 = m_mirror_width - layout_box_raw.x1;
+        page_quad = QuadThrough(m_m, box);
+    }
+    if (!c.has_outline) {
+        WhiteSpace(c, box, layout_box, page_quad, text_quad, offset, baseline);
+    } else {
+        Glyph(c, box, layout_box, page_quad, text_quad, offset, baseline);
+    }
+}
+
+void TextCapture::WhiteSpace(const CaptureChar& c, const Rect& box, const Rect& layout_box,
+                             const Quad& page_quad, const Quad& text_quad, Int32 offset,
+                             double baseline) {
+    // Blanks at either end of an element stay out of its box.
+    if (m_no_glyph_yet) {
+        m_element_box = box;
+    } else if (m_box_empty) {
+        m_box_empty = false;
+        m_element_box = box;
+    } else if (!c.last) {
+        ExtendBox(m_element_box, box);
+    }
+    if (m_pending_space && mp_run) {
+        // A second blank in a row ends the run as it stands, with the quad of its fragments.
+        m_builder.AddRun(mp_run, m_el.direction, m_el.adjustment);
+        mp_run = nullptr;
+    }
+    if (!m_mirror_mode) {
+        if (!m_frag.Empty()) {
+            m_frag.flags |= e_space_after;
+            EndFragment();
+            m_frag.flags |= e_space_before;
+        }
+        m_pending_space = true;
+        return;
+    }
+    // Mirror mode keeps blanks as glyphs, each a run of its own.
+    if (!m_frag.Empty()) PassRun();
+    AddUnits(c, layout_box, page_quad, text_quad, offset, baseline);
+    if (!m_frag.Empty()) PassRun();
+}
+
+void TextCapture::Glyph(const CaptureChar& c, const Rect& box, const Rect& layout_box,
+                        const Quad& page_quad, const Quad& text_quad, Int32 offset,
+                        double baseline) {
+    m_no_glyph_yet = false;
+    if (m_box_empty) {
+        m_box_empty = false;
+        m_element_box = box;
+    } else {
+        ExtendBox(m_element_box, box);
+    }
+    if (m_pending_space) {
+        m_pending_space = false;
+        m_frag.flags |= e_space_before;
+    }
+    AddUnits(c, layout_box, page_quad, text_quad, offset, baseline);
+}
+
+void TextCapture::AddUnits(const CaptureChar& c, const Rect& layout_box, const Quad& page_quad,
+                           const Quad& text_quad, Int32 offset, double baseline) {
+    // A right-to-left character of several units has them reversed.
+    const int n = c.unit_count;
+    for (int i = 0; i < n; ++i) {
+        const Unicode u = (n == 1 || !IsRightToLeft(c.units[i])) ? c.units[i] : c.units[n - 1 - i];
+        m_arena.AddGlyph(m_frag, layout_box, page_quad, text_quad, u, offset, baseline,
+                         !m_mirror_mode, c.x, c.y, m_matrices);
+    }
+}
+
+void TextCapture::EndFragment() {
+    if (m_frag.Empty()) return;
+    if (!mp_run) {
+        mp_run = m_pool.NewRun(&m_arena);
+        mp_run->mp_font = m_el.font;
+        mp_run->m_font_height = m_el.font_height;
+        mp_run->m_red = m_el.red;
+        mp_run->m_green = m_el.green;
+        mp_run->m_blue = m_el.blue;
+        mp_run->m_order = m_el.order;
+        mp_run->m_baseline = m_frag.baseline;
+        mp_run->m_axis_aligned = m_axis;
+    }
+    mp_run->AddFrag(m_arena.CommitFrag(m_frag));
+    ClearFrag();
+}
+
+void TextCapture::SetRunBox() {
+    mp_run->m_axis_aligned = m_axis;
+    Quad q = QuadOnBox(m_m, m_element_box);
+    if (!m_identity) q = MapQuad(m_m, q);
+    mp_run->m_quad = q;
+}
+
+void TextCapture::PassRun() {
+    EndFragment();
+    if (mp_run) {
+        SetRunBox();
+        m_builder.AddRun(mp_run, m_el.direction, m_el.adjustment);
+        mp_run = nullptr;
+    }
+    ClearFrag();
+}
+
+void TextCapture::EndElement() { PassRun(); }
+
+void TextCapture::AbortElement() {
+    ClearFrag();
+    mp_run = nullptr;
+}
+
+}  // namespace lum::PDF
