@@ -54,7 +54,7 @@ public:
                 best_pos = i;  // wholly to the left
                 continue;
             }
-            const double t = kEdgeTolerance * std::fmin(a->m_font_height, best->m_font_height);
+            const double t = kEdgeTolerance * std::min(a->m_font_height, best->m_font_height);
             if (std::fabs(a->m_box.x1 - best->m_box.x1) > t &&
                 std::fabs(a->m_box.x2 - best->m_box.x2) > t && a->m_box.x1 < best->m_box.x1)
                 best_pos = i;
@@ -85,9 +85,9 @@ public:
             if (SepY(b, *c) > 0) continue;
             if (limit && c->m_box.x1 - b.m_box.x2 > kFarRight * b.m_font_height) continue;
             if (b.m_box.x1 > c->m_box.x1)
-                s.lo = std::fmax(s.lo, std::fmin(c->m_box.x2, b.m_box.x1));
+                s.lo = std::max(s.lo, std::min(c->m_box.x2, b.m_box.x1));
             if (c->m_box.x2 > b.m_box.x2)
-                s.hi = std::fmin(s.hi, std::fmax(c->m_box.x1, b.m_box.x2));
+                s.hi = std::min(s.hi, std::max(c->m_box.x1, b.m_box.x2));
         }
         return s;
     }

@@ -26,10 +26,9 @@ void GlyphArena::AddGlyph(WordFrag& f, const Rect& layout_box, const Quad& page_
         f.reversed = !at_back;
     }
     const GlyphMatrices& m = m_matrices[matrices];
-    Matrix2D glyph = m.glyph;
-    glyph.m_h += x;
-    glyph.m_v += y;
-    if (IsZeroMatrix(glyph) || IsZeroMatrix(m.page)) RaiseUninitializedMatrix();
+    if (m.page_zero ||
+        (m.glyph_zero && ApproxEqual(m.glyph.m_h + x, 0) && ApproxEqual(m.glyph.m_v + y, 0)))
+        RaiseUninitializedMatrix();
     f.baseline = baseline;
 
     GlyphRecord& g = m_glyphs.emplace_back();

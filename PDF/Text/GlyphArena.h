@@ -21,6 +21,10 @@ enum WordFragFlag : UInt8 {
 struct GlyphMatrices {
     Matrix2D glyph;
     Matrix2D page;
+    // Whether the glyph matrix without its translation, and the page matrix, are zero: then
+    // no glyph of the element can be measured.
+    bool glyph_zero = false;
+    bool page_zero = false;
 };
 
 struct GlyphRecord {
@@ -67,8 +71,10 @@ public:
     const WordFrag& Frag(UInt32 i) const { return m_frags[i]; }
     const GlyphMatrices& Matrices(UInt32 i) const { return m_matrices[i]; }
 
-    UInt32 AddMatrices(const GlyphMatrices& m) {
-        m_matrices.push_back(m);
+    UInt32 AddMatrices(const Matrix2D& glyph, const Matrix2D& page) {
+        Matrix2D linear = glyph;
+        linear.m_h = linear.m_v = 0;
+        m_matrices.push_back({glyph, page, IsZeroMatrix(linear), IsZeroMatrix(page)});
         return static_cast<UInt32>(m_matrices.size() - 1);
     }
     UInt32 GlyphCount() const { return static_cast<UInt32>(m_glyphs.size()); }

@@ -54,7 +54,7 @@ double JoinScore(const TRun& a, const TRun& b) {
             return (-d - kKerningOverlap * h) * kScoreOverlapFactor + kScoreOverlapBase;
         return d - kScoreTouching;
     }
-    const double limit = kJoinGap * std::fmax(CharWidth(a), CharWidth(b));
+    const double limit = kJoinGap * std::max(CharWidth(a), CharWidth(b));
     if (d > limit) return std::fabs(limit - d) * kScoreTooFarFactor;
     const double score = d - kScoreGap;
     return Neighbours(a, b) ? score * 2 : score;
@@ -63,7 +63,7 @@ double JoinScore(const TRun& a, const TRun& b) {
 bool IsSameLine(const TRun& a, const TRun& b, double adjustment, bool mirror_mode) {
     const double h = a.m_font_height;
     if (std::fabs(a.m_baseline - b.m_baseline) >
-        kSameLineBaseline * std::fmax(h, b.m_font_height))
+        kSameLineBaseline * std::max(h, b.m_font_height))
         return false;
     if (std::fabs(h - b.m_font_height) > kHeightRatio * h) return false;
     const double d = SepX(a, b);
@@ -78,17 +78,17 @@ bool IsSameLine(const TRun& a, const TRun& b, double adjustment, bool mirror_mod
     const double wa = CharWidth(a), wb = CharWidth(b);
     double limit;
     if (mirror_mode) {
-        limit = kGapMirror * std::fmin(wa, wb);
+        limit = kGapMirror * std::min(wa, wb);
     } else {
         const double factor = adjustment == 0 ? kGapPlain : adjustment < 0 ? kGapForward : kGapBack;
-        limit = factor * std::fmax(wa, wb);
+        limit = factor * std::max(wa, wb);
     }
     if (d > limit) return false;
     if (a.m_baseline == b.m_baseline) return true;
     const double overlap = -SepY(a, b);
-    const double joint = std::fmax(a.m_box.y2, b.m_box.y2) - std::fmin(a.m_box.y1, b.m_box.y1);
+    const double joint = std::max(a.m_box.y2, b.m_box.y2) - std::min(a.m_box.y1, b.m_box.y1);
     if (overlap / joint >= kVerticalOverlap) return true;
-    return d <= std::fmax(wa, wb);
+    return d <= std::max(wa, wb);
 }
 
 Block* TRun::MergeLine(Block& other, BlockPool& pool) {
@@ -141,7 +141,7 @@ Block* TLine::MergeLine(Block& other, BlockPool&) {
                          o.m_runs.back()->m_box.x1 <= m_runs.front()->m_box.x1;
             m_runs.insert(m_runs.begin(), o.m_runs.begin(), o.m_runs.end());
         }
-        m_max_run_width = std::fmax(m_max_run_width, o.m_max_run_width);
+        m_max_run_width = std::max(m_max_run_width, o.m_max_run_width);
         o.m_runs.clear();
         ExtendBox(m_box, o.m_box);
         MergeQuads(m_quad, o.m_quad);

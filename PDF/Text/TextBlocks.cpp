@@ -45,7 +45,7 @@ void TLine::Reset() {
 }
 
 void TLine::AddRun(TRun* run) {
-    m_max_run_width = std::fmax(m_max_run_width, run->Width());
+    m_max_run_width = std::max(m_max_run_width, run->Width());
     if (m_runs.empty()) {
         m_box = run->m_box;
         m_font_height = run->m_font_height;
@@ -68,7 +68,7 @@ void TLine::AddRun(TRun* run) {
 }
 
 void TLine::InsertRun(size_t place, TRun* run) {
-    m_max_run_width = std::fmax(m_max_run_width, run->Width());
+    m_max_run_width = std::max(m_max_run_width, run->Width());
     m_x_sorted = m_x_sorted && m_runs[place - 1]->m_box.x1 <= run->m_box.x1 &&
                  run->m_box.x1 <= m_runs[place]->m_box.x1;
     m_runs.insert(m_runs.begin() + std::ptrdiff_t(place), run);

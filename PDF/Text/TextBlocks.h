@@ -184,16 +184,16 @@ void TLine::ForRunsNear(const Rect& box, F f) const {
 // The larger x1 less the smaller x2 of two boxes: a gap when positive, minus the overlap when
 // negative. SepY likewise.
 inline double SepX(const Block& a, const Block& b) {
-    return std::fmax(a.m_box.x1, b.m_box.x1) - std::fmin(a.m_box.x2, b.m_box.x2);
+    return std::max(a.m_box.x1, b.m_box.x1) - std::min(a.m_box.x2, b.m_box.x2);
 }
 inline double SepY(const Block& a, const Block& b) {
-    return std::fmax(a.m_box.y1, b.m_box.y1) - std::fmin(a.m_box.y2, b.m_box.y2);
+    return std::max(a.m_box.y1, b.m_box.y1) - std::min(a.m_box.y2, b.m_box.y2);
 }
 
 // The mean width of a run's characters, at least 0.3 of its font height.
 inline double CharWidth(const TRun& r) {
     const double n = r.m_glyph_count > 0 ? r.m_glyph_count : 1;
-    return std::fmax(0.3 * r.m_font_height, std::fabs(r.m_box.x2 - r.m_box.x1) / n);
+    return std::max(0.3 * r.m_font_height, std::fabs(r.m_box.x2 - r.m_box.x1) / n);
 }
 
 // Negative when two runs belong on one line; lower is better.

@@ -34,7 +34,7 @@ bool SetElementFrames(const Matrix2D& t, double font_size, CaptureElement& e) {
     const double cos = a / s, sin = b / s;
     const double dp = (d * a - c * b) / s;
     const double shear = ((c * a + d * b) / s2) * (dp / s);
-    const double turn = std::acos(std::fmax(-1.0, std::fmin(1.0, cos))) * kDirectionScale;
+    const double turn = std::acos(std::max(-1.0, std::min(1.0, cos))) * kDirectionScale;
     e.direction = static_cast<int>(turn);
     e.page = t;
     if (ApproxEqual(cos, 1) && ApproxEqual(-sin, 0) && ApproxEqual(sin, 0)) {
@@ -82,7 +82,8 @@ void TextCapture::BeginElement(const CaptureElement& e) {
         m_pending_space = false;
         m_frag.flags |= e_space_before;
     }
-    m_matrices = m_arena.AddMatrices({e.glyph, m_m});
+    m_matrices = m_arena.AddMatrices(e.glyph, m_m);
+    m_layout_is_page = e.layout == e.page;
 }
 
 void TextCapture::AddChar(const CaptureChar& c) {
@@ -105,9 +106,9 @@ void TextCapture::AddChar(const CaptureChar& c) {
         text_quad = QuadThrough(gc, c.glyph_box);
         box = BoxAround(text_quad);
     }
-    const Rect layout_box_raw = BoxAround(QuadThrough(d, box));
     Quad page_quad = QuadThrough(t, box);
     const Rect page_box = BoxAround(page_quad);
+    const Rect layout_box_raw = m_layout_is_page ? page_box : BoxAround(QuadThrough(d, box));
     const Rect test_box = c.has_outline ? page_box : BoxAround(QuadThrough(t, c.advance_box));
     if (!IsBounded(page_box, kMaxCoordinate) || !IsBounded(layout_box_raw, kMaxCoordinate))
         return;

@@ -103,6 +103,7 @@ private:
     Matrix2D m_m;  // M: the page matrix, mirrored in mirror mode
     bool m_identity = false;
     bool m_axis = false;
+    bool m_layout_is_page = false;  // D = T: upright text needs one box, not two
     UInt32 m_matrices = 0;
     bool m_no_glyph_yet = true;
     bool m_box_empty = true;

@@ -50,6 +50,11 @@ inline constexpr int kRotatedLineHeader = 17;
 inline constexpr int kAxisWordHeader = 5;
 inline constexpr int kRotatedWordHeader = 15;
 
+// The dehyphenation filter of plain text: a word split by a hyphen at a line's end is joined,
+// its line break moving behind the word's second half; rows of blanks keep their last one, and
+// newlines with nothing before them since the last one go. Replaces `out`.
+void Dehyphenate(const Unicode* text, size_t count, std::vector<Unicode>& out);
+
 class TextExtractorImpl {
 public:
     TextExtractorImpl();

@@ -43,32 +43,6 @@ bool IsUprightRect(const double* v) {
 
 }  // namespace
 
-Rect BoxAround(const Quad& q) {
-    Rect r(q.v[0], q.v[1], q.v[0], q.v[1]);
-    for (int i = 2; i < 8; i += 2) {
-        r.x1 = std::fmin(r.x1, q.v[i]);
-        r.x2 = std::fmax(r.x2, q.v[i]);
-        r.y1 = std::fmin(r.y1, q.v[i + 1]);
-        r.y2 = std::fmax(r.y2, q.v[i + 1]);
-    }
-    return r;
-}
-
-Quad QuadThrough(const Matrix2D& m, const Rect& box) {
-    double x1 = box.x1, x2 = box.x2, y1 = box.y1, y2 = box.y2;
-    if (m.m_a < 0) std::swap(x1, x2);
-    if (m.m_d < 0) std::swap(y1, y2);
-    Quad q{{x1, y1, x2, y1, x2, y2, x1, y2}};
-    for (int i = 0; i < 8; i += 2) m.Mult(q.v[i], q.v[i + 1]);
-    return q;
-}
-
-Quad MapQuad(const Matrix2D& m, const Quad& q) {
-    Quad r = q;
-    for (int i = 0; i < 8; i += 2) m.Mult(r.v[i], r.v[i + 1]);
-    return r;
-}
-
 Quad QuadOnBox(const Matrix2D& m, const Rect& box) {
     const double xs = m.m_a >= 0 ? box.x1 : box.x2, xe = m.m_a >= 0 ? box.x2 : box.x1;
     const double ys = m.m_d >= 0 ? box.y1 : box.y2, ye = m.m_d >= 0 ? box.y2 : box.y1;
@@ -90,10 +64,10 @@ void MergeQuads(Quad& quad, const double* others, int count) {
         double x1 = quad.v[0], y1 = quad.v[1], x2 = quad.v[2], y2 = quad.v[7];
         for (int k = 0; k < count; ++k) {
             const double* o = others + 8 * k;
-            x1 = std::fmin(x1, o[0]);
-            y1 = std::fmin(y1, o[1]);
-            x2 = std::fmax(x2, o[2]);
-            y2 = std::fmax(y2, o[7]);
+            x1 = std::min(x1, o[0]);
+            y1 = std::min(y1, o[1]);
+            x2 = std::max(x2, o[2]);
+            y2 = std::max(y2, o[7]);
         }
         quad = Quad{{x1, y1, x2, y1, x2, y2, x1, y2}};
         return;
@@ -140,10 +114,10 @@ void MergeQuads(Quad& quad, const double* others, int count) {
                 pu = (q[i] * v.y - q[i + 1] * v.x) / det;
                 pv = (q[i + 1] * u.x - q[i] * u.y) / det;
             }
-            umin = std::fmin(umin, pu);
-            umax = std::fmax(umax, pu);
-            vmin = std::fmin(vmin, pv);
-            vmax = std::fmax(vmax, pv);
+            umin = std::min(umin, pu);
+            umax = std::max(umax, pu);
+            vmin = std::min(vmin, pv);
+            vmax = std::max(vmax, pv);
         }
     };
     project(quad.v);
@@ -159,15 +133,6 @@ void MergeQuads(Quad& quad, const double* others, int count) {
             quad.v[i + 1] = corners[i] * u.y + corners[i + 1] * v.y;
         }
     }
-}
-
-bool IsOutside(Rect box, const Rect& clip) {
-    box.Normalize();
-    box.x1 -= 1.0;
-    box.y1 -= 1.0;
-    box.x2 += 1.0;
-    box.y2 += 1.0;
-    return clip.x1 > box.x2 || box.x1 > clip.x2 || clip.y1 > box.y2 || box.y1 > clip.y2;
 }
 
 }  // namespace lum::PDF

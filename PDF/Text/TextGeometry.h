@@ -1,6 +1,7 @@
 #pragma once
 // Geometry of the text engine: quads, boxes through matrices, the union of oriented quads, and
 // the two double comparisons that allow rounding noise only.
+#include <algorithm>
 #include <cfloat>
 #include <cmath>
 
@@ -19,15 +20,17 @@ struct Quad {
 
 // |b - a| below one unit in the last place at the larger operand's exponent.
 inline bool ApproxEqual(double a, double b) {
+    if (a == b) return true;
     int e = 0;
-    std::frexp(std::fmax(std::fabs(a), std::fabs(b)), &e);
+    std::frexp(std::max(std::fabs(a), std::fabs(b)), &e);
     return std::fabs(b - a) < std::ldexp(DBL_EPSILON, e);
 }
 
 // a - b beyond that same bound.
 inline bool DefinitelyGreater(double a, double b) {
+    if (!(a > b)) return false;
     int e = 0;
-    std::frexp(std::fmax(std::fabs(a), std::fabs(b)), &e);
+    std::frexp(std::max(std::fabs(a), std::fabs(b)), &e);
     return a - b > std::ldexp(DBL_EPSILON, e);
 }
 
@@ -38,21 +41,43 @@ inline bool IsZeroMatrix(const Matrix2D& m) {
 
 // Grows `box` (ordered) to hold `other` (ordered).
 inline void ExtendBox(Rect& box, const Rect& other) {
-    box.x1 = std::fmin(box.x1, other.x1);
-    box.y1 = std::fmin(box.y1, other.y1);
-    box.x2 = std::fmax(box.x2, other.x2);
-    box.y2 = std::fmax(box.y2, other.y2);
+    box.x1 = std::min(box.x1, other.x1);
+    box.y1 = std::min(box.y1, other.y1);
+    box.x2 = std::max(box.x2, other.x2);
+    box.y2 = std::max(box.y2, other.y2);
 }
 
 // The ordered box around the four corners.
-Rect BoxAround(const Quad& q);
+inline Rect BoxAround(const Quad& q) {
+    const double* v = q.v;
+    return Rect(std::min(std::min(v[0], v[2]), std::min(v[4], v[6])),
+                std::min(std::min(v[1], v[3]), std::min(v[5], v[7])),
+                std::max(std::max(v[0], v[2]), std::max(v[4], v[6])),
+                std::max(std::max(v[1], v[3]), std::max(v[5], v[7])));
+}
 
 // The corners of `box` through `m`, starting at the text's start at its bottom: x1 and x2 trade
 // places when m.a is negative, y1 and y2 when m.d is.
-Quad QuadThrough(const Matrix2D& m, const Rect& box);
+inline Quad QuadThrough(const Matrix2D& m, const Rect& box) {
+    const double x1 = m.m_a < 0 ? box.x2 : box.x1, x2 = m.m_a < 0 ? box.x1 : box.x2;
+    const double y1 = m.m_d < 0 ? box.y2 : box.y1, y2 = m.m_d < 0 ? box.y1 : box.y2;
+    // Each corner is x * (a, b) + y * (c, d) + (h, v); the four share their products.
+    const double ax1 = m.m_a * x1 + m.m_h, bx1 = m.m_b * x1 + m.m_v;
+    const double ax2 = m.m_a * x2 + m.m_h, bx2 = m.m_b * x2 + m.m_v;
+    const double cy1 = m.m_c * y1, dy1 = m.m_d * y1, cy2 = m.m_c * y2, dy2 = m.m_d * y2;
+    return Quad{{ax1 + cy1, bx1 + dy1, ax2 + cy1, bx2 + dy1, ax2 + cy2, bx2 + dy2, ax1 + cy2,
+                 bx1 + dy2}};
+}
 
 // Each corner of `q` through `m`.
-Quad MapQuad(const Matrix2D& m, const Quad& q);
+inline Quad MapQuad(const Matrix2D& m, const Quad& q) {
+    Quad r;
+    for (int i = 0; i < 8; i += 2) {
+        r.v[i] = m.m_a * q.v[i] + m.m_c * q.v[i + 1] + m.m_h;
+        r.v[i + 1] = m.m_b * q.v[i] + m.m_d * q.v[i + 1] + m.m_v;
+    }
+    return r;
+}
 
 // The corners of `box` laid in the order of the text (x from x1 to x2 when m.a >= 0, else
 // back; y likewise by m.d), without mapping them.
@@ -64,7 +89,11 @@ void MergeQuads(Quad& quad, const double* others, int count);
 inline void MergeQuads(Quad& quad, const Quad& other) { MergeQuads(quad, other.v, 1); }
 
 // True when `box` (after ordering and widening by 1.0 on each side) lies wholly beside `clip`.
-bool IsOutside(Rect box, const Rect& clip);
+inline bool IsOutside(const Rect& box, const Rect& clip) {
+    const double x1 = std::min(box.x1, box.x2) - 1.0, x2 = std::max(box.x1, box.x2) + 1.0;
+    const double y1 = std::min(box.y1, box.y2) - 1.0, y2 = std::max(box.y1, box.y2) + 1.0;
+    return clip.x1 > x2 || x1 > clip.x2 || clip.y1 > y2 || y1 > clip.y2;
+}
 
 // True when every coordinate of `box` is a finite number of at most `limit` in magnitude.
 inline bool IsBounded(const Rect& box, double limit) {

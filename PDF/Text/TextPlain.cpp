@@ -7,15 +7,20 @@ namespace lum::PDF {
 
 void TextExtractorImpl::GetAsText(UString& out, bool dehyphen) const {
     out.Clear();
-    const Unicode* t = m_text.data();
-    const Int64 n = static_cast<Int64>(m_text.size());
-    if (n == 0) return;
+    if (m_text.empty()) return;
     if (!dehyphen) {
-        out.Assign(t, static_cast<int>(n));
+        out.Assign(m_text.data(), static_cast<int>(m_text.size()));
         return;
     }
     std::vector<Unicode> buf;
-    buf.reserve(m_text.size());
+    Dehyphenate(m_text.data(), m_text.size(), buf);
+    out.Assign(buf.data(), static_cast<int>(buf.size()));
+}
+
+void Dehyphenate(const Unicode* t, size_t count, std::vector<Unicode>& buf) {
+    buf.clear();
+    buf.reserve(count);
+    const Int64 n = static_cast<Int64>(count);
     bool held = false;    // a line break was dropped inside a split word; it comes back later
     Int64 last_solid = -1;  // the last index before i whose unit isn't blank
     for (Int64 i = 0; i < n; ++i) {
@@ -44,7 +49,6 @@ void TextExtractorImpl::GetAsText(UString& out, bool dehyphen) const {
         }
         if (!IsBlank(c)) last_solid = i;
     }
-    out.Assign(buf.data(), static_cast<int>(buf.size()));
 }
 
 }  // namespace lum::PDF
