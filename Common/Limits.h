@@ -104,6 +104,43 @@ inline constexpr std::int64_t kMaxPageListRange = kMaxPageCount;
 // of levels deep; the cap stops chains built to exhaust the walk (peers use 100 to 1024).
 inline constexpr int kMaxPageTreeDepth = 1024;
 
+// --- Page content ---
+
+// Levels. Forms, Type 3 glyphs and patterns open at once in one content reader. Each level
+// holds a decoded stream, a state stack and an element; forms can't paint themselves (the
+// open set stops cycles), but a chain of distinct forms nested a thousand deep is only a
+// waste. A level past the bound is opened empty. Peers stop at 40 to 100.
+inline constexpr int kMaxContentLevels = 64;
+
+// States. Graphics states pushed by q on one level. A state is a flat record of under 1 KiB,
+// so 10,000 nested q would still fit, but content in a loop of q without Q would grow without
+// end. A q past the bound yields its element and pushes nothing; the matching Q pops nothing.
+inline constexpr std::size_t kMaxStateDepth = 2048;
+
+// Doubles. Coordinates of one path between its first segment and its painting operator. Each
+// "0 0 l" adds two doubles from five bytes of content, so a decompression bomb of path
+// operators would otherwise hold several times its decoded size. Segments past the bound
+// are dropped; real paths (maps, charts) stay below a million points.
+inline constexpr std::size_t kMaxPathDoubles = std::size_t(16) << 20;
+
+// Characters. Characters positioned in one shown string: each costs two doubles and a code
+// size, so a 256 MiB string would need 4 GiB of positions. Characters past the bound are not
+// shown; real strings are a line or a paragraph.
+inline constexpr std::size_t kMaxStringChars = std::size_t(4) << 20;
+
+// Bytes. Decoded data of one inline image kept in its element, and read through its filter
+// chain. The size comes from the image's W, H and BPC, which a hostile image sets to billions;
+// real inline images are a few KiB (the standard recommends under 4 KiB). Data past the bound
+// is skipped, and the decoder chain is not read further.
+inline constexpr std::size_t kMaxInlineImageBytes = std::size_t(64) << 20;
+
+// --- Fonts ---
+
+// Entries. CIDs given a width (W) or vertical metrics (W2) by one composite font. A range
+// "0 4000000000 500" would otherwise enter four billion CIDs; real fonts name at most 65,536.
+// Entries past the bound keep the default metrics.
+inline constexpr std::size_t kMaxCIDMetricEntries = std::size_t(1) << 17;
+
 // --- Command line and batch walk ---
 
 // Levels. Folders below one named on the command line, walked with --subfolders. Each level

@@ -1,0 +1,124 @@
+#pragma once
+// The font object behind a `Font` handle: one class per font kind, made once per dictionary
+// by the factory and kept in the document's table of shared resources. Nearly every reading
+// step has a default and swallows damage, so that a broken font still cuts, measures and maps
+// its codes; only what the text can't do without (a descriptor or widths for a font that
+// isn't a standard one, a sane code range) makes the factory raise.
+#include <mutex>
+#include <string>
+
+#include "Common/Matrix2D.h"
+#include "Common/Types.h"
+#include "PDF/Font/Font.h"
+#include "PDF/Rect.h"
+#include "SDF/SharedResource.h"
+
+namespace lum::SDF {
+class Obj;
+}
+
+namespace lum::PDF {
+
+class FontImpl : public SDF::SharedResource {
+public:
+    // Descriptor flag bits.
+    enum Flags : UInt32 {
+        e_fixed_pitch = 1,
+        e_serif = 2,
+        e_symbolic = 4,
+        e_script = 8,
+        e_nonsymbolic = 32,
+        e_italic = 64,
+        e_all_cap = 65536,
+        e_small_cap = 131072,
+        e_force_bold = 262144,
+    };
+
+    // The factory: reads Subtype and makes the class of that kind. Raises when the dictionary
+    // has no Subtype or the kind's constructor refuses it.
+    static FontImpl* Create(SDF::Obj* font_dict);
+    // A new dictionary of a standard font (Type1, WinAnsiEncoding) in `doc`, made into a font.
+    static FontImpl* Create(SDF::SDFDoc& doc, Font::StandardType1Font index);
+    // That dictionary alone, as a new object of `doc`.
+    static SDF::Obj* CreateStandardFontDict(SDF::SDFDoc& doc, Font::StandardType1Font index);
+    // The standard font that a BaseFont name stands for (the common spellings of the three
+    // families, with their styles), or e_null; a null name is e_null.
+    static Font::StandardType1Font GetStandardFontType(const char* name);
+    // The PostScript name of a standard font ("Times-Roman", ...).
+    static const char* GetStandardFontName(Font::StandardType1Font index);
+
+    ~FontImpl() override;
+
+    virtual SDF::Obj* GetSDFObj() const { return mp_font_dict; }
+    virtual Font::Type GetType() const = 0;
+    virtual bool IsSimple() const = 0;
+    virtual SDF::Obj* GetDescriptor() { return mp_font_descriptor; }
+    virtual const char* GetName();
+    virtual std::string GetFamilyName();
+    virtual int GetUnitsPerEm();
+    virtual bool IsFixedWidth() { return (m_flags & e_fixed_pitch) != 0; }
+    virtual bool IsSerif() { return (m_flags & e_serif) != 0; }
+    virtual bool IsSymbolic() { return (m_flags & e_symbolic) && !(m_flags & e_nonsymbolic); }
+    virtual bool IsItalic() { return (m_flags & e_italic) != 0; }
+    virtual bool IsAllCap() { return (m_flags & e_all_cap) != 0; }
+    virtual bool IsForceBold() { return (m_flags & e_force_bold) != 0; }
+    virtual bool IsHorizontalMode() = 0;
+    virtual void SetHMode(bool) {}
+    virtual bool HasSubsetTag();
+    virtual double GetWidth(UInt32 code) = 0;
+    virtual double GetMaxWidth() = 0;
+    virtual double GetMissingWidth() { return m_missing_width; }
+    virtual double GetVerticalAdvance(UInt32 code, double& vx, double& vy);
+    virtual bool MapToUnicode(UInt32 code, Unicode* units, int capacity, UInt32& count,
+                              bool use_tounicode) = 0;
+    virtual bool MapUnicodeToCode(Unicode unit, UInt32& code);
+    virtual const char* const* GetEncoding() = 0;
+    virtual bool IsEmbedded() { return m_embedded; }
+    virtual std::string GetDescriptorFontName();
+    virtual SDF::Obj* GetEmbeddedFont();
+    virtual int GetEmbeddedFontBufSize();
+    virtual double GetAscent();
+    virtual double GetDescent();
+    virtual Rect GetBBox();
+    virtual Font::StandardType1Font GetBase14Type() { return Font::e_null; }
+    virtual bool IsCFF() { return false; }
+    virtual Common::Matrix2D GetType3FontMatrix() { return {}; }
+    virtual SDF::Obj* GetType3GlyphStream(UInt32) { return nullptr; }
+    virtual Font GetDescendant();
+    virtual int MapToCID(const UInt8* bytes, UInt32 length, UInt32& code, UInt32& cid);
+    virtual UInt32 MapToCID(UInt32 code);
+    virtual bool GetGlyphIndex(UInt32 code, UInt32& index);
+    virtual void ReadFontDescriptor();
+    // Opens the embedded font program; true when a face exists afterwards.
+    virtual bool LoadFontProgram();
+
+    std::recursive_mutex& GetFontMutex() { return m_font_mutex; }
+    void SetGIDMap(bool enabled, UInt32 value) {
+        m_gid_map = enabled;
+        m_gid_map_value = value;
+    }
+
+protected:
+    explicit FontImpl(SDF::Obj* font_dict);
+
+    // Raises "<operation> can't be applied to <kind> font." under the condition "false".
+    [[noreturn]] static void NotApplicable(const char* operation, const char* kind);
+    // Raises "This method can be used only on Type0 font".
+    [[noreturn]] static void OnlyType0();
+
+    std::recursive_mutex m_font_mutex;
+    SDF::Obj* mp_font_dict;
+    SDF::Obj* mp_font_descriptor = nullptr;
+    std::string m_name_cache;
+    bool m_name_cached = false;
+    UInt32 m_flags = 0;
+    bool m_embedded = false;
+    double m_missing_width = 0;
+    double m_ascent = 950;
+    double m_descent = -350;
+    Rect m_bbox;
+    bool m_gid_map = false;
+    UInt32 m_gid_map_value = 0;
+};
+
+}  // namespace lum::PDF

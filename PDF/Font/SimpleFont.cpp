@@ -1,0 +1,273 @@
+#include "PDF/Font/SimpleFont.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "Common/Exception.h"
+#include "PDF/Font/StandardFontTables.h"
+#include "SDF/Obj.h"
+
+namespace lum::PDF::Fnt {
+
+namespace {
+
+// FirstChar and LastChar are truncated; values no int holds become out of range.
+int ToCode(double v) {
+    if (!(v == v)) return -1;
+    return int(std::clamp(std::trunc(v), -1.0, 65536.0));
+}
+
+}  // namespace
+
+SimpleFont::SimpleFont(SDF::Obj* font_dict) : FontImpl(font_dict) { ReadFontDescriptor(); }
+
+double SimpleFont::GetMaxWidth() {
+    double best = 0;
+    for (double w : m_widths) best = std::max(best, w);
+    return best;
+}
+
+const char* SimpleFont::OwnName(const char* name) {
+    m_owned_names.emplace_back(name);
+    return m_owned_names.back().c_str();
+}
+
+void SimpleFont::CopyEncoding(const char* const* table) {
+    for (int i = 0; i < 256; ++i) m_encoding[i] = table ? table[i] : nullptr;
+}
+
+void SimpleFont::ReadStandardFont() {
+    m_base14_type = GetStandardFontType(GetName());
+    if (mp_font_descriptor) return;
+    if (m_base14_type == Font::e_null)
+        throw Common::Exception("m_base14_type != Font::e_null", __LINE__, __FILE__, LUM_FUNCTION,
+                                "Non-standard font is missing the descriptor");
+    const StandardFontMetrics* metrics = GetStandardFontMetrics(m_base14_type);
+    if (!metrics) return;
+    m_ascent = metrics->ascent;
+    m_descent = metrics->descent;
+    m_bbox = Rect(metrics->bbox[0], metrics->bbox[1], metrics->bbox[2], metrics->bbox[3]);
+}
+
+bool SimpleFont::ReadEncoding() {
+    SDF::Obj* enc = mp_font_dict->FindObj(SDF::e_Encoding);
+    if (enc && enc->IsDict()) enc = enc->FindObj(SDF::e_BaseEncoding);
+    if (!enc || !enc->IsName()) return false;
+    const char* name = enc->GetName();
+    EncodingKind kind;
+    if (std::strcmp(name, "MacRomanEncoding") == 0)
+        kind = e_mac_roman;
+    else if (std::strcmp(name, "MacExpertEncoding") == 0)
+        kind = e_mac_expert;
+    else if (std::strcmp(name, "WinAnsiEncoding") == 0)
+        kind = e_win_ansi;
+    else if (std::strcmp(name, "StandardEncoding") == 0)
+        kind = e_standard;
+    else
+        return false;
+    m_encoding_kind = kind;
+    CopyEncoding(GetEncodingTable(StandardEncodingOf(kind)));
+    return true;
+}
+
+bool SimpleFont::AddEncodingDifferences() {
+    SDF::Obj* enc = mp_font_dict->FindObj(SDF::e_Encoding);
+    if (!enc || !enc->IsDict()) return false;
+    SDF::Obj* diffs = enc->FindObj(SDF::e_Differences);
+    if (!diffs || !diffs->IsArray()) return false;
+    Int64 index = 0;
+    const UInt64 n = diffs->Size();
+    for (UInt32 i = 0; i < n; ++i) {
+        SDF::Obj* item = diffs->GetAt(i);
+        if (item->IsNumber()) {
+            const double v = std::fabs(item->GetNumber());
+            index = v < 1e15 ? Int64(v) : Int64(1e15);
+        } else if (item->IsName()) {
+            if (index >= 0 && index <= 255) m_encoding[index] = OwnName(item->GetName());
+            ++index;
+        } else {
+            LUM_FAIL("Font has invalid encoding differences.");
+        }
+    }
+    const char* const* standard = GetEncodingTable(e_encoding_standard);
+    for (int c = 0; c < 256; ++c)
+        if (!m_encoding[c] && standard) m_encoding[c] = standard[c];
+    return true;
+}
+
+void SimpleFont::InitWidths() {
+    std::fill(std::begin(m_widths), std::end(m_widths), m_missing_width);
+    const int first_char = ToCode(mp_font_dict->FindNumber(SDF::e_FirstChar, 0));
+    const int last_char = ToCode(mp_font_dict->FindNumber(SDF::e_LastChar, 255));
+    if (!(first_char >= 0 && first_char < 256 && last_char >= 0 && last_char < 256))
+        throw Common::Exception("first_char>=0 && first_char<256 && last_char>=0 && last_char<256",
+                                __LINE__, __FILE__, LUM_FUNCTION, "Font has invalid advance widths.");
+    SDF::Obj* widths = mp_font_dict->FindObj(SDF::e_Widths);
+    if (!widths || !widths->IsArray()) {
+        if (m_base14_type == Font::e_null)
+            throw Common::Exception("m_base14_type != Font::e_null", __LINE__, __FILE__,
+                                    LUM_FUNCTION, "Non-standard font is missing 'Widths' array");
+        const StandardFontMetrics* builtin = GetStandardFontMetrics(m_base14_type);
+        if (!(builtin && builtin->widths))
+            throw Common::Exception("builtinFont->widths != 0", __LINE__, __FILE__, LUM_FUNCTION,
+                                    "Ferrox is not initialized");
+        double space = m_missing_width;
+        builtin->widths->Find("space", space);
+        m_widths[32] = space;
+        for (int c = 0; c < 256; ++c) {
+            double w;
+            if (m_encoding[c] && builtin->widths->Find(m_encoding[c], w))
+                m_widths[c] = w;
+            else if (c == 0 || c == 9 || c == 10 || c == 12 || c == 13 || c == 32)
+                m_widths[c] = space;
+        }
+        return;
+    }
+    int last = last_char;
+    const UInt64 size = widths->Size();
+    if (size < UInt64(last_char - first_char + 1))
+        last = int(std::min<Int64>(Int64(first_char) + Int64(size) - 1, 255));
+    for (int c = first_char; c <= last; ++c) m_widths[c] = widths->GetAt(UInt32(c - first_char))->GetNumber();
+}
+
+bool SimpleFont::MapUnicodeToCode(Unicode unit, UInt32& code) {
+    // The Unicode table is built at the first mapping.
+    Unicode units[4];
+    UInt32 count = 0;
+    for (UInt32 c = 0; c < 256; ++c) {
+        if (MapToUnicode(c, units, 4, count, true) && count >= 1 && units[0] == unit) {
+            code = c;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool SimpleFont::MapToUnicode(UInt32 code, Unicode* units, int capacity, UInt32& count, bool) {
+    if (capacity < 1) return false;
+    count = 1;
+    if (code > 255) {
+        units[0] = 0xFFFD;
+        return false;
+    }
+    units[0] = Unicode(0xE000 + code);
+    return false;
+}
+
+// --- Type 1 ---
+
+Type1Font::Type1Font(SDF::Obj* font_dict) : SimpleFont(font_dict) {
+    ReadStandardFont();
+    if (!ReadEncoding()) {
+        // Without a base encoding, the font's own program would give one; until it is read,
+        // StandardEncoding stands in as it does for a font that isn't embedded.
+        CopyEncoding(GetEncodingTable(e_encoding_standard));
+        m_encoding_kind = e_standard;
+    }
+    if ((m_base14_type == Font::e_symbol || m_base14_type == Font::e_zapf_dingbats) && !IsEmbedded()) {
+        const StandardFontMetrics* metrics = GetStandardFontMetrics(m_base14_type);
+        if (metrics) CopyEncoding(GetEncodingTable(metrics->encoding));
+        m_encoding_kind = e_win_ansi;
+    }
+    AddEncodingDifferences();
+    InitWidths();
+}
+
+// --- TrueType ---
+
+TrueTypeFont::TrueTypeFont(SDF::Obj* font_dict) : SimpleFont(font_dict) {
+    ReadStandardFont();
+    if (ReadEncoding()) {
+        m_has_encoding = true;
+    } else {
+        CopyEncoding(GetEncodingTable(e_encoding_win_ansi));
+        m_encoding_kind = e_win_ansi;
+    }
+    if ((m_base14_type == Font::e_symbol || m_base14_type == Font::e_zapf_dingbats) && !IsEmbedded()) {
+        const StandardFontMetrics* metrics = GetStandardFontMetrics(m_base14_type);
+        if (metrics) CopyEncoding(GetEncodingTable(metrics->encoding));
+        m_encoding_kind = e_win_ansi;
+    }
+    if (AddEncodingDifferences()) m_has_encoding = true;
+    InitWidths();
+}
+
+// --- Type 3 ---
+
+Type3Font::Type3Font(SDF::Obj* font_dict) : SimpleFont(font_dict) {
+    mp_char_procs = mp_font_dict->Get(SDF::e_CharProcs)->second;
+    if (!ReadEncoding()) CopyEncoding(nullptr);
+    AddEncodingDifferences();
+    InitWidths();
+    try {
+        SDF::Obj* m = mp_font_dict->FindObj(SDF::e_FontMatrix);
+        if (m && m->IsArray() && m->Size() >= 6) {
+            double v[6];
+            for (UInt32 i = 0; i < 6; ++i) v[i] = m->GetAt(i)->GetNumber();
+            m_font_matrix = Common::Matrix2D(v[0], v[1], v[2], v[3], v[4], v[5]);
+        }
+        SDF::Obj* box = mp_font_dict->FindObj(SDF::e_FontBBox);
+        if (box && box->IsArray() && box->Size() >= 4) {
+            double v[4];
+            for (UInt32 i = 0; i < 4; ++i) v[i] = box->GetAt(i)->GetNumber();
+            m_bbox = Rect(std::min(v[0], v[2]), std::min(v[1], v[3]), std::max(v[0], v[2]),
+                          std::max(v[1], v[3]));
+        }
+    } catch (const Common::Exception&) {
+        // A damaged matrix or box keeps the defaults.
+    }
+}
+
+const char* Type3Font::GetName() {
+    std::lock_guard<std::recursive_mutex> lock(m_font_mutex);
+    if (!m_name_cached) {
+        try {
+            SDF::Obj* name = mp_font_dict->FindObj(SDF::e_Name);
+            if (name && name->IsName()) m_name_cache = name->GetName();
+        } catch (const Common::Exception&) {
+        }
+        m_name_cached = true;
+    }
+    return m_name_cache.c_str();
+}
+
+int Type3Font::GetUnitsPerEm() { NotApplicable("GetUnitsPerEm()", "Type3"); }
+
+SDF::Obj* Type3Font::GetEmbeddedFont() { NotApplicable("GetEmbeddedFont()", "Type3"); }
+
+int Type3Font::GetEmbeddedFontBufSize() { NotApplicable("GetEmbeddedFontBufSize()", "Type3"); }
+
+SDF::Obj* Type3Font::GetType3GlyphStream(UInt32 code) {
+    LUM_CHECK(code < 256, "char_code<256");
+    std::lock_guard<std::recursive_mutex> lock(m_font_mutex);
+    if (!m_procs_built) {
+        for (int c = 0; c < 256; ++c) {
+            if (!m_encoding[c]) continue;
+            try {
+                m_procs[c] = mp_char_procs->FindObj(SDF::Name(m_encoding[c]));
+            } catch (const Common::Exception&) {
+                m_procs[c] = nullptr;
+            }
+        }
+        m_procs_built = true;
+    }
+    return m_procs[code];
+}
+
+bool Type3Font::MapToUnicode(UInt32 code, Unicode* units, int capacity, UInt32& count,
+                             bool use_tounicode) {
+    if (capacity < 1) return false;
+    if (SimpleFont::MapToUnicode(code, units, capacity, count, use_tounicode)) return true;
+    if (units[0] == 0xFFFD) {
+        units[0] = Unicode(0xE000 + (code & 0xFFFF));
+        count = 1;
+        return false;
+    }
+    if (code < 32 || code > 65532) return false;
+    units[0] = Unicode(code);
+    count = 1;
+    return false;
+}
+
+}  // namespace lum::PDF::Fnt

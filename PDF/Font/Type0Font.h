@@ -1,0 +1,59 @@
+#pragma once
+// A composite font: the Encoding CMap that cuts a string into codes and turns codes into
+// CIDs, and a descendant font (a font object of its own) with the metrics by CID. Nearly
+// everything goes to the descendant.
+#include <string>
+
+#include "PDF/Font/FontImpl.h"
+
+namespace lum::PDF::Fnt {
+
+class Type0Font final : public FontImpl {
+public:
+    explicit Type0Font(SDF::Obj* font_dict);
+    ~Type0Font() override;
+
+    Font::Type GetType() const override { return Font::e_Type0; }
+    bool IsSimple() const override { return false; }
+    SDF::Obj* GetDescriptor() override { return m_descendant.GetDescriptor(); }
+    std::string GetFamilyName() override { return m_descendant.GetFamilyName(); }
+    int GetUnitsPerEm() override { return m_descendant.GetUnitsPerEm(); }
+    bool IsFixedWidth() override { return m_descendant.IsFixedWidth(); }
+    bool IsSerif() override { return m_descendant.IsSerif(); }
+    bool IsSymbolic() override { return m_descendant.IsSymbolic(); }
+    bool IsItalic() override { return m_descendant.IsItalic(); }
+    bool IsAllCap() override { return m_descendant.IsAllCap(); }
+    bool IsForceBold() override { return m_descendant.IsForceBold(); }
+    bool IsHorizontalMode() override { return m_horizontal; }
+    double GetWidth(UInt32 code) override { return m_descendant.GetWidth(MapToCID(code)); }
+    double GetMaxWidth() override { return m_descendant.GetMaxWidth(); }
+    double GetMissingWidth() override { return m_descendant.GetMissingWidth(); }
+    double GetVerticalAdvance(UInt32 code, double& vx, double& vy) override {
+        return m_descendant.GetVerticalAdvance(MapToCID(code), vx, vy);
+    }
+    bool MapToUnicode(UInt32 code, Unicode* units, int capacity, UInt32& count,
+                      bool use_tounicode) override;
+    const char* const* GetEncoding() override { NotApplicable("GetEncoding()", "Type0"); }
+    bool IsEmbedded() override { return m_descendant.IsEmbedded(); }
+    double GetAscent() override { return m_descendant.GetAscent(); }
+    double GetDescent() override { return m_descendant.GetDescent(); }
+    Rect GetBBox() override { return m_descendant.GetBBox(); }
+    bool IsCFF() override { return m_descendant.IsCFF(); }
+    Font GetDescendant() override { return m_descendant; }
+    int MapToCID(const UInt8* bytes, UInt32 length, UInt32& code, UInt32& cid) override;
+    UInt32 MapToCID(UInt32 code) override;
+    bool GetGlyphIndex(UInt32 code, UInt32& index) override {
+        return m_descendant.GetGlyphIndex(code, index);
+    }
+    void ReadFontDescriptor() override {}
+
+    // Registry-Ordering of the descendant ("Adobe-Japan1"), empty when it gives none.
+    const std::string& GetCollection() const { return m_collection; }
+
+private:
+    Font m_descendant;
+    std::string m_collection;
+    bool m_horizontal = true;
+};
+
+}  // namespace lum::PDF::Fnt

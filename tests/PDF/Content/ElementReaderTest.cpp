@@ -1,0 +1,291 @@
+// The element reader over small content streams: which elements come out, in which order,
+// and what survives bad content.
+#include <gtest/gtest.h>
+
+#include "PDF/Content/ContentTestSupport.h"
+
+namespace lum::test {
+namespace {
+
+struct SequenceCase {
+    const char* name;
+    std::vector<std::string> contents;
+    const char* kinds;  // letters of ContentTestSupport's Kinds
+    std::vector<std::string> texts;
+    const char* error = "";
+};
+
+class ReaderSequence : public ::testing::TestWithParam<SequenceCase> {};
+
+TEST_P(ReaderSequence, ElementsInContentOrder) {
+    const SequenceCase& c = GetParam();
+    PageSpec spec;
+    spec.contents = c.contents;
+    const Walked w = WalkPage(spec);
+    EXPECT_EQ(Kinds(w), c.kinds);
+    std::vector<std::string> texts;
+    for (const Seen* s : Texts(w)) texts.push_back(s->text);
+    EXPECT_EQ(texts, c.texts);
+    EXPECT_EQ(w.error, c.error);
+}
+
+const SequenceCase kSequences[] = {
+    {"text_object", {"BT /F1 12 Tf 1 0 0 1 10 20 Tm (ab) Tj 0 -14 Td (cd) Tj ET"}, "bTnTt", {"ab", "cd"}},
+    {"operands_cross_streams", {"BT /F1 12", "Tf (a) Tj ET"}, "bTt", {"a"}},
+    {"tj_array", {"BT /F1 10 Tf [(ab) -200 (cd)] TJ ET"}, "bTTt", {"ab", "cd"}},
+    {"unclosed_array_before_tj", {"BT /F1 10 Tf [(ab) (cd) TJ (ef) Tj ET"}, "bTTTt", {"ab", "cd", "ef"}},
+    {"operator_inside_array", {"BT /F1 10 Tf [(ab) 1 0 0 rg (cd)] TJ ET"}, "bTTt", {"ab", "cd"}},
+    {"q_inside_array_closes_it", {"BT /F1 10 Tf [(ab) q (cd)] TJ ET"}, "bgt", {}},
+    {"quote_operators", {"BT /F1 10 Tf 12 TL (a) ' 1 2 (b) \" ET"}, "bnTnTt", {"a", "b"}},
+    {"q_at_bottom", {"Q Q Q q Q"}, "gG", {}},
+    {"no_font", {"BT (text) Tj [(x)] TJ ET"}, "bt", {}},
+    {"text_before_bt", {"/F1 10 Tf (x) Tj"}, "T", {"x"}},
+    {"unknown_and_compat", {"/Sub BX unknownop EX foo 1 2 3 bar q Q"}, "gG", {}},
+    {"too_few_operands", {"1 2 cm 0 0 m 1 w re f"}, "P", {}},
+    {"paths", {"0 0 m 10 10 l S 0 0 10 10 re W n 1 1 m 2 2 3 3 4 4 c h f*"}, "PPP", {}},
+    {"marked_content", {"/Span BMC /P << /MCID 3 >> BDC EMC /X MP /Y << >> DP EMC"}, "mmepp" "e", {}},
+    {"endstream_word", {"q endstream Q"}, "gG", {}},
+    {"unterminated_array_at_end", {"q [1 2"}, "g", {}, "Illegal content stream end"},
+    {"unterminated_string", {"BT /F1 10 Tf (abc"}, "b", {}, "Corrupt string"},
+    {"missing_xobject", {"q /Nope Do Q"}, "g", {}, "Missing resource"},
+    {"missing_shading", {"/Nope sh"}, "", {}, "Missing resource"},
+    {"wrong_operand_type", {"q (x) 0 0 1 0 0 cm Q"}, "g", {}, "GetNumber() can't be invoked on Obj of this type."},
+};
+
+INSTANTIATE_TEST_SUITE_P(Content, ReaderSequence, ::testing::ValuesIn(kSequences),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST(ElementReader, ContentsArrayEntriesThatAreNoStreamsAreSkipped) {
+    PageSpec spec;
+    spec.contents = {"BT /F1 10 Tf (a) Tj", "(b) Tj ET"};
+    // Objects 6 and 7 are the streams; a null and a number stand between them.
+    spec.contents_override = "[6 0 R null 42 7 0 R]";
+    const Walked w = WalkPage(spec);
+    EXPECT_EQ(Kinds(w), "bTTt");
+    EXPECT_EQ(w.error, "");
+}
+
+TEST(ElementReader, PageWithoutContentsHasNoElements) {
+    PageSpec spec;
+    const Walked w = WalkPage(spec);
+    EXPECT_TRUE(w.seen.empty());
+    EXPECT_EQ(w.error, "");
+}
+
+TEST(ElementReader, ContentsOfAnotherTypeIsABadPage) {
+    PageSpec spec;
+    spec.contents_override = "42";
+    EXPECT_EQ(WalkPage(spec).error, "Bad page");
+}
+
+// Forms: object 6 is the form unless a case says otherwise.
+struct FormCase {
+    const char* name;
+    std::vector<std::string> extra;
+    std::string page;
+    const char* kinds;
+    std::vector<int> text_levels;
+};
+
+class ReaderForms : public ::testing::TestWithParam<FormCase> {};
+
+TEST_P(ReaderForms, FormsAreEnteredOnRequest) {
+    const FormCase& c = GetParam();
+    PageSpec spec;
+    spec.extra = c.extra;
+    spec.resources = "/Font << /F1 4 0 R >> /XObject << /Fm 6 0 R /Fm2 7 0 R >>";
+    spec.contents = {c.page};
+    const Walked w = WalkPage(spec);
+    EXPECT_EQ(Kinds(w), c.kinds) << w.error;
+    std::vector<int> levels;
+    for (const Seen* s : Texts(w)) levels.push_back(s->level);
+    EXPECT_EQ(levels, c.text_levels);
+    EXPECT_EQ(w.error, "");
+}
+
+const FormCase kForms[] = {
+    {"resources_fall_through_to_page",
+     {StreamObj("BT /F1 10 Tf (in) Tj ET", "/Subtype /Form /BBox [0 0 10 10]"), "null"},
+     "/Fm Do",
+     "FbTt",
+     {2}},
+    {"form_paints_itself",
+     {StreamObj("BT /F1 10 Tf (in) Tj ET /Fm Do q Q", "/Subtype /Form /BBox [0 0 10 10]"), "null"},
+     "/Fm Do /Fm Do",
+     "FbTtgGFbTtgG",
+     {2, 2}},
+    {"forms_paint_each_other",
+     {StreamObj("/Fm2 Do", "/Subtype /Form /BBox [0 0 1 1]"),
+      StreamObj("/Fm Do q Q", "/Subtype /Form /BBox [0 0 1 1]")},
+     "/Fm Do",
+     "FFgG",
+     {}},
+    {"empty_form", {StreamObj("", "/Subtype /Form /BBox [0 0 1 1]"), "null"}, "/Fm Do q Q", "FgG", {}},
+    {"missing_subtype_inferred",
+     {StreamObj("q Q", "/BBox [0 0 1 1]"), StreamObj("xxx", "/Width 1 /Height 1 /BitsPerComponent 8")},
+     "/Fm Do /Fm2 Do",
+     "FgGI",
+     {}},
+    {"postscript_form_skipped",
+     {StreamObj("q Q", "/Subtype /Form /Subtype2 /PS"), "null"}, "/Fm Do", "", {}},
+    {"unknown_subtype_skipped", {StreamObj("q Q", "/Subtype /Foo"), "null"}, "/Fm Do", "", {}},
+};
+
+INSTANTIATE_TEST_SUITE_P(Content, ReaderForms, ::testing::ValuesIn(kForms),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST(ElementReader, FormMatrixAndParentStateReachTheForm) {
+    PageSpec spec;
+    spec.extra = {StreamObj("BT /F1 10 Tf (in) Tj ET Q Q", "/Subtype /Form /Matrix [2 0 0 2 5 5]"), "null"};
+    spec.resources = "/Font << /F1 4 0 R >> /XObject << /Fm 6 0 R >>";
+    spec.contents = {"q 1 0 0 1 100 0 cm /Fm Do Q"};
+    const Walked w = WalkPage(spec);
+    ASSERT_EQ(Kinds(w), "gFbTtG");
+    EXPECT_EQ(w.seen[3].ctm, Common::Matrix2D(2, 0, 0, 2, 105, 5));
+    // The parent's state is untouched by the form's unbalanced Q.
+    EXPECT_EQ(w.seen[1].ctm, Common::Matrix2D(1, 0, 0, 1, 100, 0));
+}
+
+TEST(ElementReader, EndBeforeTheFormsEndDropsTheRest) {
+    PageSpec spec;
+    spec.extra = {StreamObj("q Q q Q", "/Subtype /Form"), "null"};
+    spec.resources = "/XObject << /Fm 6 0 R >>";
+    spec.contents = {"/Fm Do q Q"};
+    MemoryDoc doc(BuildPagePdf(spec));
+    PDF::ElementReader reader;
+    reader.Begin(doc.FirstPage());
+    ASSERT_EQ(reader.Next()->GetType(), PDF::Element::e_form);
+    reader.FormBegin();
+    EXPECT_EQ(reader.GetLevelCount(), 2);
+    ASSERT_EQ(reader.Next()->GetType(), PDF::Element::e_group_begin);
+    EXPECT_FALSE(reader.End());
+    ASSERT_EQ(reader.Current()->GetType(), PDF::Element::e_form);
+    EXPECT_EQ(reader.Next()->GetType(), PDF::Element::e_group_begin);
+    EXPECT_EQ(reader.Next()->GetType(), PDF::Element::e_group_end);
+    EXPECT_EQ(reader.Next(), nullptr);
+    EXPECT_TRUE(reader.End());
+    EXPECT_EQ(reader.Next(), nullptr);
+}
+
+TEST(ElementReader, FormBeginNeedsAFormElement) {
+    PageSpec spec;
+    spec.contents = {"q Q"};
+    MemoryDoc doc(BuildPagePdf(spec));
+    PDF::ElementReader reader;
+    reader.Begin(doc.FirstPage());
+    reader.Next();
+    try {
+        reader.FormBegin();
+        FAIL() << "FormBegin on a group element";
+    } catch (const Common::Exception& e) {
+        EXPECT_EQ(e.GetMessage(), "Failed to open a Form XObject");
+    }
+}
+
+TEST(ElementReader, DeepNestingEndsInBoundedMemory) {
+    // 10,000 q without Q, then as many Q: every bracket still comes out, balanced.
+    std::string content;
+    for (int i = 0; i < 10000; ++i) content += "q ";
+    content += "BT /F1 10 Tf (x) Tj ET ";
+    for (int i = 0; i < 10000; ++i) content += "Q ";
+    PageSpec spec;
+    spec.contents = {content};
+    const Walked w = WalkPage(spec);
+    EXPECT_EQ(w.seen.size(), 20003u);
+    EXPECT_EQ(Texts(w).size(), 1u);
+}
+
+TEST(ElementReader, AMillionOperandsEndInBoundedTime) {
+    std::string content = "BT /F1 10 Tf ";
+    for (int i = 0; i < 1000000; ++i) content += "1 ";
+    content += "(x) Tj ET";
+    PageSpec spec;
+    spec.contents = {content};
+    const Walked w = WalkPage(spec);
+    EXPECT_EQ(Kinds(w), "bTt");
+}
+
+}  // namespace
+}  // namespace lum::test
+
+namespace lum::test {
+namespace {
+
+struct InlineCase {
+    const char* name;
+    std::string content;
+    const char* kinds;
+    int width, height, bits, components;
+    std::string data;
+    const char* error = "";
+};
+
+class InlineImages : public ::testing::TestWithParam<InlineCase> {};
+
+TEST_P(InlineImages, DataOfComputedSize) {
+    const InlineCase& c = GetParam();
+    PageSpec spec;
+    spec.resources = "/ColorSpace << /Sep [/Separation /Spot /DeviceCMYK 6 0 R] /Icc [/ICCBased 6 0 R] >>";
+    spec.extra = {StreamObj("", "/N 4")};
+    spec.contents = {c.content};
+    MemoryDoc doc(BuildPagePdf(spec));
+    PDF::ElementReader reader;
+    reader.Begin(doc.FirstPage());
+    std::string kinds, error;
+    int width = -1, height = -1, bits = -1, components = -1;
+    std::string data;
+    try {
+        while (PDF::Element* e = reader.Next()) {
+            Walked w;
+            Seen s;
+            s.type = e->GetType();
+            w.seen.push_back(s);
+            kinds += Kinds(w);
+            if (s.type != PDF::Element::e_inline_image) continue;
+            width = e->GetImageWidth();
+            height = e->GetImageHeight();
+            bits = e->GetBitsPerComponent();
+            components = e->GetComponentNum();
+            if (e->GetImageData())
+                data.assign(reinterpret_cast<const char*>(e->GetImageData()), size_t(e->GetImageDataSize()));
+        }
+    } catch (const Common::Exception& e) {
+        error = e.GetMessage();
+    }
+    EXPECT_EQ(kinds, c.kinds);
+    EXPECT_EQ(error, c.error);
+    if (std::string(c.kinds).find('i') == std::string::npos) return;
+    EXPECT_EQ(width, c.width);
+    EXPECT_EQ(height, c.height);
+    EXPECT_EQ(bits, c.bits);
+    EXPECT_EQ(components, c.components);
+    EXPECT_EQ(data, c.data);
+}
+
+const InlineCase kInline[] = {
+    {"data_holding_EI", "BI /W 3 /H 1 /BPC 8 /CS /RGB ID EI EI EI  EI q Q", "igG", 3, 1, 8, 3, "EI EI EI "},
+    {"long_keys", "BI /Width 2 /Height 1 /BitsPerComponent 8 /ColorSpace /DeviceGray ID ab EI q Q", "igG",
+     2, 1, 8, 1, "ab"},
+    {"no_colour_space_is_rgb", "BI /W 1 /H 1 /BPC 8 ID xyz EI", "i", 1, 1, 8, 3, "xyz"},
+    {"image_mask", "BI /W 9 /H 1 /IM true ID \x01\x02 EI", "i", 9, 1, 1, 1, "\x01\x02"},
+    {"resource_colour_spaces", "BI /W 1 /H 1 /BPC 8 /CS /Icc ID abcd EI BI /W 1 /H 1 /BPC 8 /CS /Sep ID z EI",
+     "ii", 1, 1, 8, 1, "z"},
+    {"hex_filter", "BI /W 2 /H 1 /BPC 8 /CS /G /F /AHx ID 4549> EI q Q", "igG", 2, 1, 8, 1, "EI"},
+    {"filter_array", "BI /W 2 /H 1 /BPC 8 /CS /G /F [/AHx] /DP [null] ID 4142> EI", "i", 2, 1, 8, 1, "AB"},
+    {"decoder_ends_early", "BI /W 4 /H 1 /BPC 8 /CS /G /F /AHx ID 41> q Q", "igG", 4, 1, 8, 1, "A"},
+    {"no_EI_at_stream_end", "BI /W 100 /H 100 /BPC 8 /CS /G ID abc", "i", 100, 100, 8, 1, "abc"},
+    {"missing_width", "BI /H 1 /BPC 8 ID a EI", "", 0, 0, 0, 0, "", "Inline image is missing W"},
+    {"missing_bpc", "BI /W 1 /H 1 ID a EI", "", 0, 0, 0, 0, "", "Inline image is missing BPC"},
+    {"odd_dictionary", "BI /W 1 /H 1 /BPC ID a EI", "", 0, 0, 0, 0, "", "Invalid inline image dictionary."},
+    {"jbig2_refused", "BI /W 1 /H 1 /BPC 1 /F /JBIG2Decode ID a EI", "", 0, 0, 0, 0, "",
+     "JBIG2 filter is not allowed for inline images."},
+    {"dp_mismatch", "BI /W 1 /H 1 /BPC 8 /F [/AHx /AHx] /DP [null] ID 41> EI", "", 0, 0, 0, 0, "",
+     "DP doesn't match filters"},
+    {"unknown_colour_space", "BI /W 1 /H 1 /BPC 8 /CS /Nope ID a EI", "", 0, 0, 0, 0, "", "Missing resource"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Content, InlineImages, ::testing::ValuesIn(kInline),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+}  // namespace
+}  // namespace lum::test
