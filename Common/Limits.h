@@ -160,4 +160,11 @@ inline constexpr std::uint32_t kMaxPageGlyphs = std::uint32_t(1) << 20;
 // round would cost rounds times blocks; real pages settle in two or three rounds.
 inline constexpr int kMaxReflowPasses = 64;
 
+// --- Fonts, CMaps and the resource file ---
+
+// Bytes. Dictionary of an LZMA stream (the `_lumLZMA` filter), which liblzma allocates whole
+// when the decoder starts. The resource file uses 16 MiB; any stream of a PDF may name the
+// filter, so a hostile header asking for 4 GiB fails the stream instead.
+inline constexpr std::uint32_t kMaxLZMADictionaryBytes = std::uint32_t(64) << 20;
+
 }  // namespace lum::Limits

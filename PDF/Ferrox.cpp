@@ -18,6 +18,8 @@
 
 #include "Common/Exception.h"
 #include "Common/UnicodeUtils.h"
+#include "PDF/FerroxResources.h"
+#include "PDF/Font/StandardFonts.h"
 
 namespace lum::PDF {
 
@@ -106,8 +108,12 @@ void Ferrox::Initialize() {
     // whatever the user's locale says.
     std::setlocale(LC_ALL, "C");
     Uni::InitConverterTable();
+    Fnt::InitStandardFontWidths();
     OPENSSL_init_crypto(OPENSSL_INIT_ADD_ALL_CIPHERS | OPENSSL_INIT_ADD_ALL_DIGESTS, nullptr);
     RaiseOpenFileLimit();
+    // Opening costs the cross-reference table only: streams unpack when a font or CMap asks.
+    // A failure here isn't the start's failure: each lookup tries again and reports it.
+    Resource::LoadResources();
     gl_initialized = true;
     std::srand(static_cast<unsigned>(std::time(nullptr)));
     // Two prefixes: files of the earlier name of the library are swept as well.
@@ -124,6 +130,10 @@ void Ferrox::Initialize() {
 void Ferrox::Terminate() {
     std::lock_guard<std::recursive_mutex> lock(StartupLock());
     if (!gl_initialized) return;
+    Fnt::ReleaseStandardFontWidths();
+    Resource::UnloadResources();
+    // OpenSSL is left as it is: once cleaned up it can't be started again in this process,
+    // and a later Initialize must work.
     gl_initialized = false;
 }
 

@@ -10,6 +10,7 @@
 #include "Filters/ASCII85Decode.h"
 #include "Filters/ASCIIHexDecode.h"
 #include "Filters/FlateDecode.h"
+#include "Filters/LZMADecode.h"
 #include "Filters/LZWDecode.h"
 #include "Filters/Predictor.h"
 #include "Filters/RunLengthDecode.h"
@@ -89,7 +90,9 @@ std::unique_ptr<Filter> MakeJBIG2Decode(std::unique_ptr<Filter>&, std::unique_pt
 std::unique_ptr<Filter> MakeJPXDecode(std::unique_ptr<Filter>&, Obj* /*stream, may be null*/) {
     return nullptr;
 }
-std::unique_ptr<Filter> MakeLZMADecode(std::unique_ptr<Filter>&) { return nullptr; }
+std::unique_ptr<Filter> MakeLZMADecode(std::unique_ptr<Filter>& chain) {
+    return std::make_unique<Filters::LZMADecode>(std::move(chain));
+}
 std::unique_ptr<Filter> MakePNGCompress(std::unique_ptr<Filter>&) { return nullptr; }
 
 bool Is(const char* name, const char* a, const char* b = nullptr) {

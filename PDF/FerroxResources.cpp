@@ -1,0 +1,81 @@
+#include "PDF/FerroxResources.h"
+
+#include <memory>
+
+#include "Common/Exception.h"
+#include "Filters/ExtBufInputFilter.h"
+#include "PDF/ResourceData.h"
+#include "SDF/Obj.h"
+#include "SDF/SDFDoc.h"
+
+namespace lum::PDF::Resource {
+
+namespace {
+
+struct ResImpl {
+    static std::unique_ptr<SDF::SDFDoc> gl_ferrox_resources;
+};
+std::unique_ptr<SDF::SDFDoc> ResImpl::gl_ferrox_resources;
+
+// Opens on demand and raises when the document isn't there even then.
+SDF::SDFDoc& RequireResources() {
+    LoadResources();
+    LUM_CHECK(ResImpl::gl_ferrox_resources, "Cannot find or load Ferrox resources");
+    return *ResImpl::gl_ferrox_resources;
+}
+
+SDF::Obj* FindInTrailerDict(SDF::SDFDoc& doc, const char* dict_key, const char* name) {
+    if (!name) return nullptr;
+    SDF::Obj* dict = doc.GetTrailer()->Get(dict_key)->second;
+    return dict->FindObj(name);
+}
+
+}  // namespace
+
+std::recursive_mutex& GetResourceLock() {
+    static std::recursive_mutex lock;
+    return lock;
+}
+
+bool LoadResources() {
+    std::lock_guard<std::recursive_mutex> lock(GetResourceLock());
+    if (ResImpl::gl_ferrox_resources) return true;
+    try {
+        auto input = std::make_unique<Filters::ExtBufInputFilter>(ResourceData::Begin(),
+                                                                  ResourceData::Size());
+        ResImpl::gl_ferrox_resources =
+            std::make_unique<SDF::SDFDoc>(std::move(input), /*check_root=*/false);
+    } catch (const Common::Exception&) {
+        ResImpl::gl_ferrox_resources.reset();
+    }
+    return ResImpl::gl_ferrox_resources != nullptr;
+}
+
+void UnloadResources() {
+    std::lock_guard<std::recursive_mutex> lock(GetResourceLock());
+    ResImpl::gl_ferrox_resources.reset();
+}
+
+SDF::SDFDoc* GetResourceDoc() {
+    std::lock_guard<std::recursive_mutex> lock(GetResourceLock());
+    return ResImpl::gl_ferrox_resources.get();
+}
+
+SDF::Obj* GetBase14FontDict(const char* name) {
+    std::lock_guard<std::recursive_mutex> lock(GetResourceLock());
+    return FindInTrailerDict(RequireResources(), "F", name);
+}
+
+bool IsRecognizedCMap(const char* name) {
+    std::lock_guard<std::recursive_mutex> lock(GetResourceLock());
+    return FindInTrailerDict(RequireResources(), "C", name) != nullptr;
+}
+
+SDF::Obj* GetCMapStream(const char* name) {
+    std::lock_guard<std::recursive_mutex> lock(GetResourceLock());
+    if (!ResImpl::gl_ferrox_resources) return nullptr;
+    SDF::Obj* cmap = FindInTrailerDict(*ResImpl::gl_ferrox_resources, "C", name);
+    return cmap && cmap->IsStream() ? cmap : nullptr;
+}
+
+}  // namespace lum::PDF::Resource

@@ -1,0 +1,37 @@
+#pragma once
+// The resource document: the fourteen standard fonts (trailer key F) and the predefined CMaps
+// (trailer key C), an object file held in the program's own data. It is opened by
+// Ferrox::Initialize, or by the first lookup that needs it, and read only until
+// Ferrox::Terminate. Every operation on it runs under the resource lock.
+#include <mutex>
+
+namespace lum::SDF {
+class Obj;
+class SDFDoc;
+}  // namespace lum::SDF
+
+namespace lum::PDF::Resource {
+
+// The resource lock: recursive, one for the process.
+std::recursive_mutex& GetResourceLock();
+
+// Opens the resource document if it isn't open. Never raises; false when it can't be opened.
+bool LoadResources();
+// Closes it; objects handed out before are gone.
+void UnloadResources();
+// The open document, or null.
+SDF::SDFDoc* GetResourceDoc();
+
+// The font dictionary of a standard font (an entry of F), or null for another name. Opens the
+// document on demand; raises "Cannot find or load Ferrox resources" when it can't.
+SDF::Obj* GetBase14FontDict(const char* name);
+
+// Whether `name` is a predefined CMap (a key of C). Opens the document on demand; raises as
+// GetBase14FontDict.
+bool IsRecognizedCMap(const char* name);
+
+// The stream of a predefined CMap, or null for an unknown name. Doesn't open the document:
+// null when Initialize hasn't. Raises when the document is damaged.
+SDF::Obj* GetCMapStream(const char* name);
+
+}  // namespace lum::PDF::Resource
