@@ -167,4 +167,24 @@ inline constexpr int kMaxReflowPasses = 64;
 // filter, so a hostile header asking for 4 GiB fails the stream instead.
 inline constexpr std::uint32_t kMaxLZMADictionaryBytes = std::uint32_t(64) << 20;
 
+// Levels. CMaps built inside one another on a thread: a CMap builds its parent (usecmap,
+// UseCMap) while it is built, and a stream may name itself as its own UseCMap. The predefined
+// CMaps nest two deep; deeper chains fail the CMap that would pass the bound.
+inline constexpr int kMaxCMapNesting = 16;
+
+// Mappings. Entries of one CMap (singles and range ends). The largest predefined CMap has
+// about 20,000 and a ToUnicode of two-byte codes needs at most 65,536; peers stop near 160,000.
+// A CMap that passes the bound is damaged, and so the same as none.
+inline constexpr std::size_t kMaxCMapEntries = std::size_t(1) << 20;
+
+// UTF-16 units. One destination of a bfchar or bfrange. Callers ask for at most ten units; a
+// longer destination keeps its first units, so a code mapped to ten thousand units costs no
+// more than this.
+inline constexpr std::uint32_t kMaxCMapValueUnits = 256;
+
+// Values (32-bit). All destinations of one CMap together: with kMaxCMapEntries alone a hostile
+// CMap of long destinations could still ask for a gigabyte. A full two-byte ToUnicode of ten
+// units per code needs 655,360.
+inline constexpr std::size_t kMaxCMapValues = std::size_t(4) << 20;
+
 }  // namespace lum::Limits

@@ -4,6 +4,7 @@
 
 #include "Common/Exception.h"
 #include "Filters/ExtBufInputFilter.h"
+#include "PDF/Font/CMapStm.h"
 #include "PDF/ResourceData.h"
 #include "SDF/Obj.h"
 #include "SDF/SDFDoc.h"
@@ -76,6 +77,14 @@ SDF::Obj* GetCMapStream(const char* name) {
     if (!ResImpl::gl_ferrox_resources) return nullptr;
     SDF::Obj* cmap = FindInTrailerDict(*ResImpl::gl_ferrox_resources, "C", name);
     return cmap && cmap->IsStream() ? cmap : nullptr;
+}
+
+std::unique_ptr<Fnt::CMap> GetCMap(const char* name) {
+    std::lock_guard<std::recursive_mutex> lock(GetResourceLock());
+    if (!ResImpl::gl_ferrox_resources) return nullptr;
+    SDF::Obj* stm = GetCMapStream(name);
+    LUM_CHECK(stm, "Unknown CMap");
+    return std::make_unique<Fnt::CMapStm>(stm, name);
 }
 
 }  // namespace lum::PDF::Resource

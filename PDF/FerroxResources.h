@@ -3,12 +3,17 @@
 // (trailer key C), an object file held in the program's own data. It is opened by
 // Ferrox::Initialize, or by the first lookup that needs it, and read only until
 // Ferrox::Terminate. Every operation on it runs under the resource lock.
+#include <memory>
 #include <mutex>
 
 namespace lum::SDF {
 class Obj;
 class SDFDoc;
 }  // namespace lum::SDF
+
+namespace lum::PDF::Fnt {
+class CMap;
+}
 
 namespace lum::PDF::Resource {
 
@@ -33,5 +38,9 @@ bool IsRecognizedCMap(const char* name);
 // The stream of a predefined CMap, or null for an unknown name. Doesn't open the document:
 // null when Initialize hasn't. Raises when the document is damaged.
 SDF::Obj* GetCMapStream(const char* name);
+
+// A new CMap read from the predefined CMap `name`, or null when Initialize hasn't opened the
+// resource document. Raises for a name that isn't there and for a damaged CMap.
+std::unique_ptr<Fnt::CMap> GetCMap(const char* name);
 
 }  // namespace lum::PDF::Resource
