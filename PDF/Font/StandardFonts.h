@@ -49,9 +49,4 @@ const StdWidthTable* GetStandardFontWidths(int index);
 void InitStandardFontWidths();
 void ReleaseStandardFontWidths();
 
-// The standard font a font name stands for, 14 when none: Arial and Times New Roman in their
-// usual spellings count as Helvetica and Times, and style words anywhere in the name are read
-// as bold and italic. A subset tag is not removed, so a tagged name never matches.
-int FindBase14Type(const char* name);
-
 }  // namespace lum::PDF::Fnt

@@ -1,5 +1,4 @@
-// The generated tables: glyph lists, encodings, standard font widths and the recognition of
-// standard font names.
+// The generated tables: glyph lists, encodings and standard font widths.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -171,25 +170,6 @@ TEST(StandardFonts, WidthsByNameWhileTheLibraryRuns) {
     ReleaseStandardFontWidths();
     EXPECT_EQ(GetStandardFontWidths(0), nullptr);
     InitStandardFontWidths();
-}
-
-TEST(StandardFonts, NamesThatStandForStandardFonts) {
-    struct Case {
-        const char* name;
-        int index;
-    };
-    const Case cases[] = {
-        {"Times-Roman", 0}, {"Times New Roman,Bold", 1}, {"TimesNewRomanPS-BoldMT", 1},
-        {"TimesNewRomanPS-ItalicMT", 2}, {"Times-BoldItalic", 3}, {"Arial", 4},
-        {"ArialMT", 4}, {"Arial,Bold", 5}, {"Arial-BoldItalicMT", 7}, {"Helvetica-Oblique", 6},
-        {"Helvetica-BoldOblique", 7}, {"Courier New", 8}, {"CourierNewPS-BoldMT", 9},
-        {"Courier-Oblique", 10}, {"CourierNewPS-BoldItalicMT", 11}, {"Symbol", 12},
-        {"Symbol,Bold", 12}, {"ZapfDingbats", 13}, {"zapfdingbats", 13}, {"HELVETICA", 4},
-        {"ABCDEF+Arial", 14}, {"Arial-Black", 14}, {"Verdana", 14}, {"", 14}, {nullptr, 14},
-        {"Times", 14}, {"-Times-Roman", 14}, {"Helvetica-Narrow", 14},
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(FindBase14Type(c.name), c.index) << (c.name ? c.name : "(null)");
 }
 
 }  // namespace
