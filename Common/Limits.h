@@ -21,6 +21,22 @@ inline constexpr std::int64_t kMaxPredictorColors = 256;
 // Bits. /BitsPerComponent of a predictor stage: samples are read into 32-bit values.
 inline constexpr std::int64_t kMaxPredictorBits = 32;
 
+// Pixels. /Columns of a CCITT fax stage. Runs are kept as 16-bit lengths and the decoder
+// holds two rows of run positions; 65535 pixels is a row of 5.5 m at 300 dpi, beyond any
+// real fax or scan. A stage asking for more fails, and the image with it.
+inline constexpr std::int64_t kMaxFaxColumns = 65535;
+
+// Bytes. Rows that a CCITT fax stage repeats after its data ended early, to reach /Rows. A
+// hostile /Rows of billions would otherwise make a reader that reads to the end spin through
+// terabytes of copies of one row; 256 MiB is a 100,000-row page of 20,000 columns.
+inline constexpr std::size_t kMaxFaxRepeatedBytes = std::size_t(256) << 20;
+
+// Bytes. Memory that the codec behind one image stage may hold: a progressive JPEG keeps
+// all its coefficients (two bytes a sample), a JBIG2 page its whole bitmap, a JPEG 2000 tile
+// its samples. A header claiming 100,000 x 100,000 pixels would ask for tens of GiB; the
+// image fails instead. 512 MiB holds a progressive 12,000 x 12,000 colour JPEG.
+inline constexpr std::size_t kMaxImageDecoderMemory = std::size_t(512) << 20;
+
 // --- Objects and parser ---
 
 // Levels. Open arrays and dictionaries inside one value: the 1000th level fails. Parsing and

@@ -9,6 +9,8 @@
 #include "Common/Exception.h"
 #include "Filters/ASCII85Decode.h"
 #include "Filters/ASCIIHexDecode.h"
+#include "Filters/CCITTFaxDecode.h"
+#include "Filters/DCTDecode.h"
 #include "Filters/FlateDecode.h"
 #include "Filters/LZMADecode.h"
 #include "Filters/LZWDecode.h"
@@ -66,22 +68,12 @@ DocImpl* DocOf(Obj* stream) {
 // reports the name as unknown, as for any filter it can't make. Text extraction never needs
 // image samples, so a null here costs the image, not the page.
 
-struct CCITTParams {
-    Int64 k = 0;
-    bool end_of_line = false;
-    bool encoded_byte_align = false;
-    Int64 columns = 1728;
-    Int64 rows = 0;
-    bool end_of_block = true;
-    bool black_is_1 = false;
-    Int64 damaged_rows_before_error = 0;
-};
-
-std::unique_ptr<Filter> MakeDCTDecode(std::unique_ptr<Filter>&, Int64 /*color_transform*/) {
-    return nullptr;
+std::unique_ptr<Filter> MakeDCTDecode(std::unique_ptr<Filter>& chain, Int64 color_transform) {
+    return std::make_unique<Filters::DCTDecode>(std::move(chain), color_transform);
 }
-std::unique_ptr<Filter> MakeCCITTFaxDecode(std::unique_ptr<Filter>&, const CCITTParams&) {
-    return nullptr;
+std::unique_ptr<Filter> MakeCCITTFaxDecode(std::unique_ptr<Filter>& chain,
+                                           const Filters::CCITTFaxParams& params) {
+    return std::make_unique<Filters::CCITTFaxDecode>(std::move(chain), params);
 }
 std::unique_ptr<Filter> MakeJBIG2Decode(std::unique_ptr<Filter>&, std::unique_ptr<Filter> /*globals*/,
                                         Int64 /*width*/, Int64 /*height*/) {
@@ -148,7 +140,7 @@ std::unique_ptr<Filter> StreamCreateDecodeFilter(Obj* filter_name, Obj* params,
     } else if (Is(name, "DCTDecode", "DCT")) {
         made = MakeDCTDecode(chain, IntParam(params, e_ColorTransform, -1));
     } else if (Is(name, "CCITTFaxDecode", "CCF")) {
-        CCITTParams p;
+        Filters::CCITTFaxParams p;
         if (has_params) {
             p.k = IntParam(params, e_K, p.k);
             p.end_of_line = BoolParam(params, e_EndOfLine, p.end_of_line);

@@ -1,0 +1,274 @@
+#!/usr/bin/python3
+"""Compares the image decoders with poppler's pdfimages, image by image.
+
+For every file (a PDF, or every PDF of a corpus folder whose MANIFEST.tsv lists one of the
+filters asked for), pdfimages lists and extracts the images, and build/release/imgdump
+decodes the same image XObjects. pdfimages writes -tiff here: it is its uncompressed output
+that keeps CMYK as CMYK (its PNG output turns CMYK into RGB), with the same decoders as -png.
+
+Bilevel images (CCITT, JBIG2) must agree pixel for pixel, continuous-tone ones (JPEG,
+JPEG 2000) within a PSNR of 45 dB, at the same size. Prints counts per filter and one line
+per disagreement with what explains it.
+
+    tools/imgcompare.py [--imgdump PATH] [--filters ccitt,jbig2,jpeg,jpx] [--timeout S]
+                        [--jobs N] [--verbose] CORPUS_DIR | FILE.pdf ...
+"""
+import argparse
+import collections
+import concurrent.futures
+import math
+import os
+import struct
+import subprocess
+import sys
+import tempfile
+
+import numpy as np
+
+MIN_PSNR = 45.0
+FEATURE_OF = {"ccitt": "ccitt", "jbig2": "jbig2", "jpeg": "dct", "jpx": "jpx"}
+HERE = os.path.dirname(os.path.abspath(__file__))
+
+
+def run(cmd, timeout):
+    try:
+        p = subprocess.run(cmd, capture_output=True, timeout=timeout)
+        return p.returncode, p.stdout.decode("latin-1"), p.stderr.decode("latin-1")
+    except subprocess.TimeoutExpired:
+        return -1, "", "timeout"
+
+
+# --- image files ---
+
+def read_pnm(path):
+    """P4/P5/P6/P7 as (array h x w x c of uint8/uint16, maxval); P4 gives 1 for black."""
+    with open(path, "rb") as f:
+        data = f.read()
+    magic = data[:2]
+    if magic == b"P7":
+        head_end = data.index(b"ENDHDR\n") + 7
+        fields = dict(line.split(b" ", 1) for line in data[3:head_end - 7].split(b"\n") if b" " in line)
+        w, h, d, maxval = (int(fields[k]) for k in (b"WIDTH", b"HEIGHT", b"DEPTH", b"MAXVAL"))
+        body = data[head_end:]
+    else:
+        tokens, pos = [], 2
+        need = 2 if magic == b"P4" else 3
+        while len(tokens) < need:
+            while data[pos:pos + 1].isspace():
+                pos += 1
+            end = pos
+            while not data[end:end + 1].isspace():
+                end += 1
+            tokens.append(int(data[pos:end]))
+            pos = end
+        body = data[pos + 1:]
+        w, h = tokens[0], tokens[1]
+        maxval = 1 if magic == b"P4" else tokens[2]
+        d = {b"P4": 1, b"P5": 1, b"P6": 3}[magic]
+    if magic == b"P4":
+        rows = np.frombuffer(body, np.uint8)[: ((w + 7) // 8) * h].reshape(h, (w + 7) // 8)
+        return np.unpackbits(rows, axis=1)[:, :w].reshape(h, w, 1), 1
+    dtype = np.dtype(">u2") if maxval > 255 else np.uint8
+    return np.frombuffer(body, dtype)[: w * h * d].reshape(h, w, d), maxval
+
+
+def read_tiff(path):
+    """An uncompressed TIFF as pdfimages writes it: (array, photometric, bits)."""
+    with open(path, "rb") as f:
+        t = f.read()
+    end = "<" if t[:2] == b"II" else ">"
+    (ifd,) = struct.unpack_from(end + "I", t, 4)
+    (n,) = struct.unpack_from(end + "H", t, ifd)
+    tags = {}
+    sizes = {1: 1, 2: 1, 3: 2, 4: 4, 5: 8}
+    for i in range(n):
+        tag, typ, count = struct.unpack_from(end + "HHI", t, ifd + 2 + 12 * i)
+        fmt = {3: "H", 4: "I"}.get(typ)
+        if fmt is None:
+            continue
+        where = ifd + 2 + 12 * i + 8
+        if count * sizes[typ] > 4:
+            (where,) = struct.unpack_from(end + "I", t, where)
+        tags[tag] = list(struct.unpack_from(end + fmt * count, t, where))
+    w, h = tags[256][0], tags[257][0]
+    bits = tags.get(258, [1])[0]
+    spp = tags.get(277, [1])[0]
+    assert tags.get(259, [1])[0] == 1, "compressed TIFF"
+    body = b"".join(t[o:o + c] for o, c in zip(tags[273], tags[279]))
+    if bits == 1:
+        rows = np.frombuffer(body, np.uint8)[: ((w + 7) // 8) * h].reshape(h, (w + 7) // 8)
+        arr = np.unpackbits(rows, axis=1)[:, :w].reshape(h, w, 1)
+    else:
+        dtype = np.dtype(end + "u2") if bits == 16 else np.uint8
+        arr = np.frombuffer(body, dtype)[: w * h * spp].reshape(h, w, spp)
+    return arr, tags.get(262, [1])[0], bits
+
+
+# --- comparison ---
+
+def psnr(a, b):
+    mse = np.mean((a.astype(np.float64) - b.astype(np.float64)) ** 2)
+    return math.inf if mse == 0 else 10 * math.log10(255.0 ** 2 / mse)
+
+
+def compare(ours_path, peer_path, bilevel, polarity_free):
+    """(agrees, note) for one image. `polarity_free`: the peer writes the image by what it
+    paints (stencil masks, palettes), so an exact inversion of the samples agrees."""
+    ours, maxval = read_pnm(ours_path)
+    peer, photometric, bits = read_tiff(peer_path)
+    if ours.shape[:2] != peer.shape[:2]:
+        return False, "size %dx%d, peer %dx%d" % (ours.shape[1], ours.shape[0], peer.shape[1], peer.shape[0])
+    if maxval == 1 or bits == 1:
+        if maxval != 1 or bits != 1:
+            return False, "peer wrote %d bits, we 1" % bits if maxval == 1 else "peer wrote 1 bit"
+        # Both as "is black": ours is PBM (1 black); the peer's TIFF says by its photometric.
+        peer_black = peer if photometric == 0 else 1 - peer
+        diff = int(np.count_nonzero(ours != peer_black))
+        if diff == 0:
+            return True, ""
+        if int(np.count_nonzero(ours == peer_black)) == 0:
+            if polarity_free:
+                return True, "inverted: the peer writes what is painted"
+            return False, "inverted (Decode or mask polarity)"
+        return False, "%d of %d pixels differ, first row %d" % (
+            diff, ours.shape[0] * ours.shape[1], int(np.argmax(np.any(ours != peer_black, axis=1)[:, 0])))
+    if maxval > 255:
+        ours = (ours >> 8).astype(np.uint8)
+    elif maxval < 255:
+        ours = (ours.astype(np.uint16) * 255 // maxval).astype(np.uint8)
+    if bits == 16:
+        peer = (peer >> 8).astype(np.uint8)
+    if ours.shape[2] == 1 and peer.shape[2] == 3 and (peer == peer[:, :, :1]).all():
+        peer = peer[:, :, :1]  # gray written as RGB
+    if ours.shape[2] != peer.shape[2]:
+        return False, "components %d, peer %d (peer converted colours)" % (ours.shape[2], peer.shape[2])
+    value = psnr(ours, peer)
+    if bilevel and value != math.inf:
+        return False, "pixels differ (PSNR %.1f)" % value
+    if value >= MIN_PSNR:
+        return True, "" if value == math.inf else "PSNR %.1f" % value
+    inverted = psnr(255 - ours, peer)
+    if inverted >= MIN_PSNR:
+        return False, "inverted (Decode [1 0] applied by the peer), PSNR %.1f" % inverted
+    return False, "PSNR %.1f" % value
+
+
+def pdfimages_list(path, password, timeout):
+    cmd = ["pdfimages", "-list"] + (["-upw", password] if password else []) + [path]
+    rc, out, err = run(cmd, timeout)
+    images = []
+    for line in out.splitlines()[2:]:
+        f = line.split()
+        if len(f) < 12:
+            continue
+        obj = None if f[10] == "[inline]" else int(f[10])
+        images.append({"num": int(f[1]), "type": f[2], "enc": f[8], "obj": obj,
+                       "w": int(f[3]), "h": int(f[4]), "color": f[5]})
+    return images, err
+
+
+def compare_file(args, path, password, wanted):
+    results = []
+    images, _ = pdfimages_list(path, password, args.timeout)
+    images = [i for i in images if i["enc"] in wanted]
+    if not images:
+        return results
+    with tempfile.TemporaryDirectory() as tmp:
+        cmd = ["pdfimages", "-tiff", "-q"] + (["-upw", password] if password else []) + [path, tmp + "/p"]
+        peer_rc, _, peer_err = run(cmd, args.timeout)
+        seen = set()
+        for img in images:
+            key = (img["obj"], img["type"]) if img["obj"] is not None else ("inline", img["num"])
+            if key in seen:
+                continue
+            seen.add(key)
+            r = {"file": path, "obj": img["obj"], "enc": img["enc"], "type": img["type"],
+                 "color": img["color"], "size": "%dx%d" % (img["w"], img["h"])}
+            peer_file = "%s/p-%03d.tif" % (tmp, img["num"])
+            if not os.path.exists(peer_file):
+                r["status"] = "peer-failed"
+                r["note"] = "timeout" if peer_rc == -1 else "pdfimages wrote nothing"
+                results.append(r)
+                continue
+            if img["obj"] is None:
+                r["status"] = "skipped"
+                r["note"] = "inline image"
+                results.append(r)
+                continue
+            ours_file = "%s/o-%d-%d.pnm" % (tmp, img["obj"], img["num"])
+            # pdfimages lists a mask with the object number of its image.
+            which = str(img["obj"]) + {"smask": ":smask", "mask": ":mask"}.get(img["type"], "")
+            cmd = [args.imgdump] + (["--password", password] if password else []) + [path, which, ours_file]
+            rc, out, err = run(cmd, args.timeout)
+            report = out.strip().split(" ", 9)
+            if rc == -1:
+                r["status"], r["note"] = "ours-failed", "timeout"
+            elif rc != 0 or not os.path.exists(ours_file):
+                r["status"], r["note"] = "ours-failed", (out + err).strip()[:200]
+            else:
+                try:
+                    ok, note = compare(ours_file, peer_file, img["enc"] in ("ccitt", "jbig2"),
+                                       img["type"] != "image" or img["color"] == "index")
+                except Exception as e:  # a file we could not read counts against us
+                    ok, note = False, "compare: %s" % e
+                if len(report) >= 8 and report[6] != report[7]:
+                    note = (note + "; " if note else "") + "delivered %s of %s bytes" % (report[6], report[7])
+                r["status"], r["note"] = ("agree" if ok else "differ"), note
+            results.append(r)
+    return results
+
+
+def manifest_files(corpus, wanted):
+    features = {FEATURE_OF[w] for w in wanted}
+    rows = []
+    with open(os.path.join(corpus, "MANIFEST.tsv"), encoding="utf-8") as f:
+        next(f)
+        for line in f:
+            cols = line.rstrip("\n").split("\t")
+            feats = cols[4].split(",")
+            if not features.intersection(feats):
+                continue
+            password = None
+            for feat in feats:
+                if feat.startswith("password=") and feat != "password=?":
+                    password = feat[len("password="):]
+            rows.append((os.path.join(corpus, cols[0]), password))
+    return rows
+
+
+def main():
+    ap = argparse.ArgumentParser()
+    ap.add_argument("--imgdump", default=os.path.join(HERE, "..", "build", "release", "imgdump"))
+    ap.add_argument("--filters", default="ccitt,jbig2,jpeg,jpx")
+    ap.add_argument("--timeout", type=float, default=60)
+    ap.add_argument("--jobs", type=int, default=1)
+    ap.add_argument("--verbose", action="store_true")
+    ap.add_argument("inputs", nargs="+")
+    args = ap.parse_args()
+    wanted = set(args.filters.split(","))
+    files = []
+    for i in args.inputs:
+        files += manifest_files(i, wanted) if os.path.isdir(i) else [(i, None)]
+    results = []
+    with concurrent.futures.ThreadPoolExecutor(args.jobs) as pool:
+        for rs in pool.map(lambda f: compare_file(args, f[0], f[1], wanted), files):
+            results += rs
+    counts = collections.defaultdict(collections.Counter)
+    for r in results:
+        counts[r["enc"]][r["status"]] += 1
+    print("files: %d" % len(files))
+    print("%-6s %6s %6s %6s %12s %12s %8s" % ("filter", "images", "agree", "differ", "ours-failed", "peer-failed", "skipped"))
+    for enc in sorted(counts):
+        c = counts[enc]
+        print("%-6s %6d %6d %6d %12d %12d %8d" % (enc, sum(c.values()), c["agree"], c["differ"],
+                                                 c["ours-failed"], c["peer-failed"], c["skipped"]))
+    for r in results:
+        if r["status"] in ("differ", "ours-failed") or (args.verbose and r["status"] != "agree") or (
+                args.verbose and r.get("note")):
+            print("%s %s obj %s %s %s %s: %s" % (r["status"], r["enc"], r["obj"], r["type"], r["color"],
+                                                 r["size"], os.path.relpath(r["file"]) + ": " + r.get("note", "")))
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
