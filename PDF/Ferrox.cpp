@@ -18,6 +18,7 @@
 
 #include "Common/Exception.h"
 #include "Common/UnicodeUtils.h"
+#include "FontSupport/FreeTypeLibrary.h"
 #include "PDF/FerroxResources.h"
 #include "PDF/Font/StandardFonts.h"
 
@@ -108,6 +109,7 @@ void Ferrox::Initialize() {
     // whatever the user's locale says.
     std::setlocale(LC_ALL, "C");
     Uni::InitConverterTable();
+    FontSupport::FreeTypeLibrary::Init();
     Fnt::InitStandardFontWidths();
     OPENSSL_init_crypto(OPENSSL_INIT_ADD_ALL_CIPHERS | OPENSSL_INIT_ADD_ALL_DIGESTS, nullptr);
     RaiseOpenFileLimit();
@@ -132,6 +134,7 @@ void Ferrox::Terminate() {
     if (!gl_initialized) return;
     Fnt::ReleaseStandardFontWidths();
     Resource::UnloadResources();
+    FontSupport::FreeTypeLibrary::Done();
     // OpenSSL is left as it is: once cleaned up it can't be started again in this process,
     // and a later Initialize must work.
     gl_initialized = false;
