@@ -20,6 +20,7 @@
 #include "Common/UnicodeUtils.h"
 #include "FontSupport/FreeTypeLibrary.h"
 #include "PDF/FerroxResources.h"
+#include "PDF/Font/StandardFontFaces.h"
 #include "PDF/Font/StandardFonts.h"
 
 namespace lum::PDF {
@@ -133,6 +134,8 @@ void Ferrox::Terminate() {
     std::lock_guard<std::recursive_mutex> lock(StartupLock());
     if (!gl_initialized) return;
     Fnt::ReleaseStandardFontWidths();
+    // The standard fonts' faces read the resource document and live on FreeType: both go after.
+    Fnt::ReleaseStandardFontFaces();
     Resource::UnloadResources();
     FontSupport::FreeTypeLibrary::Done();
     // OpenSSL is left as it is: once cleaned up it can't be started again in this process,
