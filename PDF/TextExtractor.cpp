@@ -8,6 +8,8 @@
 #include "Common/UString.h"
 #include "PDF/Text/TextEngine.h"
 #include "PDF/Text/TextExtractorImpl.h"
+#include "PDF/Text/PageNumber.h"
+#include "PDF/Text/TextXml.h"
 
 namespace lum::PDF {
 
@@ -134,7 +136,9 @@ TextExtractor::Line FirstLine(const TextExtractorImpl& store) {
 // --- TextExtractor ---
 
 TextExtractor::TextExtractor()
-    : mp_impl(std::make_unique<TextExtractorImpl>()), mp_engine(std::make_unique<TextEngine>()) {}
+    : mp_impl(std::make_unique<TextExtractorImpl>()),
+      mp_engine(std::make_unique<TextEngine>()),
+      mp_numbers(std::make_unique<PageNumberCache>()) {}
 
 TextExtractor::~TextExtractor() = default;
 
@@ -145,5 +149,16 @@ void TextExtractor::GetAsText(UString& out, bool dehyphen) const {
 }
 
 TextExtractor::Line TextExtractor::GetFirstLine() const { return FirstLine(*mp_impl); }
+
+void TextExtractor::GetAsXML(UString& out, UInt32 flags) const {
+    XmlPageInfo info;
+    if (m_page.IsValid()) {
+        info.number = mp_numbers->Find(m_page);
+        info.crop_box = m_page.GetCropBox();
+        info.media_box = m_page.GetMediaBox();
+        info.rotate = Page::RotationToDegrees(m_page.GetRotation());
+    }
+    WriteXml(*mp_impl, info, flags, out);
+}
 
 }  // namespace lum::PDF

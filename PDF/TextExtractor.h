@@ -18,6 +18,7 @@ namespace lum::PDF {
 
 class TextExtractorImpl;
 class TextEngine;
+class PageNumberCache;
 struct StyleRecord;
 
 class TextExtractor {
@@ -138,6 +139,7 @@ public:
 private:
     std::unique_ptr<TextExtractorImpl> mp_impl;
     std::unique_ptr<TextEngine> mp_engine;
+    std::unique_ptr<PageNumberCache> mp_numbers;
     Page m_page;
     UInt32 m_flags = 0;
     bool m_mirror_mode = false;
