@@ -8,7 +8,10 @@
 #include "Common/UString.h"
 #include "PDF/Text/TextEngine.h"
 #include "PDF/Text/TextExtractorImpl.h"
+#include "PDF/Text/GlyphMeasure.h"
+#include "PDF/Text/PageCollector.h"
 #include "PDF/Text/PageNumber.h"
+#include "SDF/Obj.h"
 #include "PDF/Text/TextXml.h"
 
 namespace lum::PDF {
@@ -138,9 +141,34 @@ TextExtractor::Line FirstLine(const TextExtractorImpl& store) {
 TextExtractor::TextExtractor()
     : mp_impl(std::make_unique<TextExtractorImpl>()),
       mp_engine(std::make_unique<TextEngine>()),
-      mp_numbers(std::make_unique<PageNumberCache>()) {}
+      mp_numbers(std::make_unique<PageNumberCache>()),
+      mp_measure(std::make_unique<MetricGlyphMeasure>()) {}
 
 TextExtractor::~TextExtractor() = default;
+
+void TextExtractor::Begin(const Page& page, const Rect* clip, UInt32 flags) {
+    m_flags = flags;
+    mp_impl->Reset(flags);
+    m_mirror = m_mirror_inverse = Common::Matrix2D();
+    if (!page.IsValid()) {
+        m_page = Page();
+        return;
+    }
+    m_page = page;
+    // Glyph measures belong to one document.
+    const void* doc = page.GetSDFObj()->GetDoc();
+    if (doc != mp_measured_doc) {
+        mp_measure = std::make_unique<MetricGlyphMeasure>();
+        mp_measured_doc = doc;
+    }
+    PageCollector collector(*mp_engine, *mp_measure);
+    const bool captured = collector.Scan(page, clip, flags, m_mirror_mode);
+    if (m_mirror_mode) {
+        m_mirror = mp_engine->Capture().Mirror();
+        m_mirror_inverse = mp_engine->Capture().MirrorInverse();
+    }
+    if (captured) mp_engine->Finish(*mp_impl, mp_measure.get());
+}
 
 UInt32 TextExtractor::GetWordCount() const { return mp_impl->GetWordCount(); }
 

@@ -19,6 +19,7 @@ namespace lum::PDF {
 class TextExtractorImpl;
 class TextEngine;
 class PageNumberCache;
+class MetricGlyphMeasure;
 struct StyleRecord;
 
 class TextExtractor {
@@ -140,6 +141,8 @@ private:
     std::unique_ptr<TextExtractorImpl> mp_impl;
     std::unique_ptr<TextEngine> mp_engine;
     std::unique_ptr<PageNumberCache> mp_numbers;
+    std::unique_ptr<MetricGlyphMeasure> mp_measure;
+    const void* mp_measured_doc = nullptr;  // the document mp_measure has seen
     Page m_page;
     UInt32 m_flags = 0;
     bool m_mirror_mode = false;

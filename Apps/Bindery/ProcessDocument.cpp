@@ -7,6 +7,7 @@
 
 #include "Apps/Bindery/Options.h"
 #include "Apps/Bindery/PageInfo.h"
+#include "Apps/Bindery/PageText.h"
 #include "Apps/Bindery/PathText.h"
 #include "Apps/Bindery/WriteText.h"
 #include "Apps/Bindery/misc/ParsePages.h"
@@ -14,6 +15,7 @@
 #include "Common/UString.h"
 #include "Filters/StdFile.h"
 #include "PDF/PDFDoc.h"
+#include "PDF/TextExtractor.h"
 
 namespace lum::Bindery {
 
@@ -103,20 +105,21 @@ void CloseOutputFile(Options& opt) {
 }
 
 // What a page produces. The page report takes precedence over every other form; the text
-// forms come from the text engine, which is not part of the program yet, so they produce
-// nothing.
-void WritePageOutput(Options& opt, const PDF::Page& page) {
+// forms come from the text engine.
+void WritePageOutput(Options& opt, const PDF::Page& page, PDF::TextExtractor& extractor) {
     if (opt.m_pageinfo) {
         WritePageInfo(opt, page);
         return;
     }
+    WritePageText(opt, page, extractor);
 }
 
 enum class PageResult { e_done, e_abandon_document };
 
 // One page from its progress line to the end of its output. An exception ends the page alone.
 PageResult ProcessPage(Options& opt, const PDF::Page& page, Int32 n, const std::string& stem,
-                       const std::string& pattern, const boost::filesystem::path& file) {
+                       const std::string& pattern, const boost::filesystem::path& file,
+                       PDF::TextExtractor& extractor) {
     try {
         if (opt.m_verbosity >= 2)
             SendMessage(opt, e_msg_text, "Processing page: " + std::to_string(n) + "...\n");
@@ -130,7 +133,7 @@ PageResult ProcessPage(Options& opt, const PDF::Page& page, Int32 n, const std::
                 return PageResult::e_abandon_document;
             }
         }
-        WritePageOutput(opt, page);
+        WritePageOutput(opt, page, extractor);
         if (!opt.m_to_screen) CloseOutputFile(opt);
     } catch (const Common::Exception& e) {
         // The page's file stays open, unflushed, until the next page's file replaces it.
@@ -170,6 +173,7 @@ bool ProcessDocument(const boost::filesystem::path& file,
         }
         const std::string pattern = CounterPattern(opt, pages.size());
         const PDF::PageIterator end = doc->GetPageIteratorEnd();
+        PDF::TextExtractor extractor;  // one for the document, its buffers reused page by page
 
         for (const Int32 n : pages) {
             // A failing lookup (a damaged page tree) ends the document, not just the page.
@@ -183,7 +187,8 @@ bool ProcessDocument(const boost::filesystem::path& file,
                 SendMessage(opt, e_msg_error, "Page number " + std::to_string(n) + " is null.\n");
                 continue;
             }
-            if (ProcessPage(opt, *it, n, stem, pattern, file) == PageResult::e_abandon_document)
+            if (ProcessPage(opt, *it, n, stem, pattern, file, extractor) ==
+                PageResult::e_abandon_document)
                 return false;
         }
         return true;

@@ -1,0 +1,52 @@
+#pragma once
+// The questions the glyph capture asks about glyphs: a glyph's box in glyph units and whether
+// it has an outline (a glyph without one is white space), whether a font has so far shown
+// only glyphs without outlines, and the union of a font's glyph boxes. The document's glyph
+// box cache answers them.
+#include <unordered_map>
+#include <vector>
+
+#include "PDF/Rect.h"
+#include "PDF/Text/TextEmit.h"
+
+namespace lum::SDF { class Obj; }
+
+namespace lum::PDF {
+
+class Font;
+struct CharData;
+
+// Forms (and glyph procedures) whose walk is under way: a Type 3 glyph that paints a form
+// already open isn't walked into again.
+using FormSet = std::vector<const SDF::Obj*>;
+
+class GlyphMeasure : public FontExtents {
+public:
+    // The box of the character's glyph in glyph units (font units with y growing downwards,
+    // or the units of a Type 3 glyph description), reaching at least from the origin to the
+    // advance; true when the glyph has an outline.
+    virtual bool GlyphBox(const Font& font, const CharData& ch, Rect& box, FormSet& forms) = 0;
+    // True when the font has shown glyphs, none of them with an outline.
+    virtual bool IsBlankFont(const Font& font) = 0;
+};
+
+// Measures glyphs without their outlines, from the font's metrics: a box from the origin to
+// the advance, between the font's ascent and descent; a glyph whose Unicode value is white
+// space is blank. This is what the engine has until the outlines of the font layer answer.
+class MetricGlyphMeasure final : public GlyphMeasure {
+public:
+    bool GlyphBox(const Font& font, const CharData& ch, Rect& box, FormSet& forms) override;
+    bool IsBlankFont(const Font& font) override;
+    Rect FontExtent(SDF::Obj* font) override;
+
+private:
+    struct FontSeen {
+        bool any_outline = false;
+        bool any_blank = false;
+        bool has_extent = false;
+        Rect extent;
+    };
+    std::unordered_map<const SDF::Obj*, FontSeen> m_fonts;
+};
+
+}  // namespace lum::PDF

@@ -1,0 +1,338 @@
+#include "PDF/Text/PageCollector.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "Common/Exception.h"
+#include "PDF/CharData.h"
+#include "PDF/Color/ColorToRGB.h"
+#include "PDF/Color/DeviceColor.h"
+#include "PDF/ContentResources.h"
+#include "PDF/Element.h"
+#include "PDF/ElementReader.h"
+#include "PDF/GState.h"
+#include "PDF/Page.h"
+#include "PDF/Text/TextEngine.h"
+#include "PDF/Text/TextFlags.h"
+#include "SDF/Obj.h"
+
+namespace lum::PDF {
+
+namespace {
+
+using Common::Matrix2D;
+
+// A form's Matrix: six numbers, else the identity.
+Matrix2D FormMatrix(SDF::Obj* form) {
+    try {
+        SDF::Obj* m = form ? form->FindObj(SDF::e_Matrix) : nullptr;
+        if (!m || !m->IsArray() || m->Size() < 6) return Matrix2D();
+        double v[6];
+        for (UInt32 i = 0; i < 6; ++i) {
+            SDF::Obj* n = m->GetAt(i);
+            if (!n || !n->IsNumber()) return Matrix2D();
+            v[i] = n->GetNumber();
+        }
+        return Matrix2D(v[0], v[1], v[2], v[3], v[4], v[5]);
+    } catch (const Common::Exception&) {
+        return Matrix2D();
+    }
+}
+
+bool Contains(const FormSet& forms, const SDF::Obj* obj) {
+    return std::find(forms.begin(), forms.end(), obj) != forms.end();
+}
+
+void Remove(FormSet& forms, const SDF::Obj* obj) {
+    const auto it = std::find(forms.begin(), forms.end(), obj);
+    if (it != forms.end()) forms.erase(it);
+}
+
+void Intersect(Rect& clip, const Rect& box) {
+    Rect r;
+    r.IntersectRect(clip, box);  // all zeros when nothing is left
+    clip = r;
+}
+
+}  // namespace
+
+bool PageCollector::Scan(const Page& page, const Rect* clip, UInt32 flags, bool mirror_mode) {
+    m_flags = flags;
+    double mirror_width = 0;
+    if (mirror_mode) {
+        const Rect crop = page.GetCropBox();
+        mirror_width = std::fabs(crop.x2 - crop.x1);
+    }
+    m_engine.Reset(flags, mirror_mode, mirror_width);
+    m_element_counter = 0;
+    m_clips.clear();
+    m_red = m_green = m_blue = 0;
+
+    Rect box = page.GetBox(Page::e_crop);
+    if (clip) {
+        Rect r;
+        if (!r.IntersectRect(box, *clip)) return false;
+        box = r;
+    }
+    box.Normalize();
+    m_clips.push_back(box);
+
+    ElementReader reader;
+    mp_reader = &reader;
+    reader.Begin(page);
+    FormSet forms;
+    try {
+        Walk(reader, forms);
+        reader.End();
+    } catch (const Common::Exception&) {
+        // The walk ends here; what was captured goes on to the layout.
+    }
+    mp_reader = nullptr;
+    return true;
+}
+
+void PageCollector::Walk(ElementReader& reader, FormSet& forms) {
+    m_engine.Capture().SetPendingSpace(false);
+    const bool hidden = m_flags & e_remove_hidden_text;
+    while (Element* e = reader.Next()) {
+        ++m_element_counter;
+        switch (e->GetType()) {
+            case Element::e_text_begin:
+                TextObject(reader, forms);
+                break;
+            case Element::e_form:
+                if (Contains(forms, e->GetXObject())) return;  // a form that paints itself
+                Form(reader, *e, forms);
+                break;
+            case Element::e_path:
+                if (hidden && e->IsClippingPath()) {
+                    Rect b;
+                    if (e->GetBBox(b)) Intersect(Clip(), b);
+                }
+                break;
+            case Element::e_image:
+            case Element::e_inline_image:
+                if (hidden) RecordOccluder(*e);
+                break;
+            case Element::e_group_begin:
+                if (hidden) PushClip();
+                break;
+            case Element::e_group_end:
+                if (hidden) PopClip();
+                break;
+            default:
+                // Text outside BT/ET, marked content, shadings and line moves give nothing.
+                break;
+        }
+    }
+}
+
+void PageCollector::Form(ElementReader& reader, Element& e, FormSet& forms) {
+    SDF::Obj* form = e.GetXObject();
+    const Matrix2D ctm = e.GetCTM();
+    PushClip();
+    forms.push_back(form);
+    reader.FormBegin();
+    Rect bbox;  // zero when the form has none: its text is dropped
+    if (FormXObj(form).GetBBox(bbox)) bbox.Normalize();
+    Intersect(Clip(), BoxAround(QuadThrough(FormMatrix(form) * ctm, bbox)));
+    Walk(reader, forms);
+    reader.End();
+    Remove(forms, form);
+    PopClip();
+}
+
+void PageCollector::TextObject(ElementReader& reader, FormSet& forms) {
+    try {
+        while (Element* e = reader.Next()) {
+            ++m_element_counter;
+            const Element::Type type = e->GetType();
+            if (type == Element::e_text_end) return;
+            // Forms and images inside a text object are passed over, as are q, Q and clips.
+            if (type == Element::e_text) TextElement(*e, forms);
+        }
+    } catch (const Common::Exception&) {
+        // The text object ends; the walk passes over the rest of it.
+        m_engine.Capture().AbortElement();
+    }
+}
+
+bool PageCollector::SetContext(Element& e, CaptureElement& el) {
+    GState& gs = e.GetGState();
+    m_ctx.font = gs.GetFont();
+    const Font& font = m_ctx.font;
+    const Font::Type type = font.GetType();
+    m_ctx.type3 = type == Font::e_Type3;
+    m_ctx.composite = type == Font::e_Type0;
+    m_ctx.horizontal = font.IsHorizontalMode();
+    m_ctx.page = e.GetTextMatrix() * e.GetCTM();
+    m_ctx.font_size = gs.GetFontSize();
+    if (!SetElementFrames(m_ctx.page, m_ctx.font_size, el)) return false;
+    m_ctx.horizontal_scale = gs.GetHorizontalScale() / 100.0;
+    m_ctx.render_mode = gs.GetTextRenderMode();
+    el.adjustment = e.GetPosAdjustment();
+
+    const double size = m_ctx.font_size, hs = m_ctx.horizontal_scale;
+    const Matrix2D scale(hs * size, 0, 0, size, 0, 0);
+    if (m_ctx.type3) {
+        const Matrix2D fm = font.GetType3FontMatrix();
+        const Rect bbox = font.GetBBox();
+        m_ctx.type3_x_scale = m_ctx.ascent = m_ctx.descent = 0;
+        if (bbox.x2 != bbox.x1 && bbox.y2 != bbox.y1 && fm.m_a != 0 && fm.m_d != 0) {
+            m_ctx.type3_x_scale = fm.m_a;
+            m_ctx.descent = size * bbox.y1 * fm.m_d;
+            m_ctx.ascent = size * bbox.y2 * fm.m_d;
+        }
+        el.glyph = fm * scale;
+    } else {
+        double a = font.GetAscent(), d = font.GetDescent();
+        if (std::fabs(a - d) < 1.0) {
+            a = 950;
+            d = -350;
+        }
+        m_ctx.ascent = size * a / 1000;
+        m_ctx.descent = size * d / 1000;
+        double u = font.GetUnitsPerEm();
+        if (u == 0) u = 1000;
+        // Outlines come with y growing downwards.
+        el.glyph = Matrix2D(1 / u, 0, 0, -1 / u, 0, 0) * scale;
+    }
+    el.font = font.GetSDFObj();
+    el.order = m_element_counter;
+    el.clip = &Clip();
+    SetColor(e, el);
+    return true;
+}
+
+void PageCollector::SetColor(Element& e, CaptureElement& el) {
+    GState& gs = e.GetGState();
+    double rgb[3];
+    // A pattern keeps the colour of the element before.
+    if (Color::ToRGB(gs.GetFillColorSpace(), gs.GetFillColor(), rgb)) {
+        m_red = Color::ColorByte(rgb[0]);
+        m_green = Color::ColorByte(rgb[1]);
+        m_blue = Color::ColorByte(rgb[2]);
+    }
+    el.red = m_red;
+    el.green = m_green;
+    el.blue = m_blue;
+}
+
+void PageCollector::TextElement(Element& e, FormSet& forms) {
+    CharData it, end;
+    e.GetCharIterator(it);
+    e.GetCharIteratorEnd(end);
+    if (it == end) return;
+    CaptureElement el;
+    if (!SetContext(e, el)) return;  // a degenerate matrix: no glyphs, no offsets
+    TextCapture& capture = m_engine.Capture();
+    const bool invisible = m_ctx.render_mode == GState::e_invisible_text;
+    const bool drop_invisible = m_flags & e_no_invisible_text;
+    if (drop_invisible && invisible && !m_ctx.type3) {
+        for (; it != end; ++it) capture.SkipCode(it.bytes);
+        return;
+    }
+    capture.BeginElement(el);
+    const Font& font = m_ctx.font;
+    Unicode units[4];
+    for (; it != end; ++it) {
+        CaptureChar c;
+        c.x = it.x;
+        c.y = it.y;
+        c.bytes = it.bytes;
+        c.has_outline = m_measure.GlyphBox(font, it, c.glyph_box, forms);
+        if (!c.has_outline) {
+            c.advance_box = AdvanceBox(it);
+            if (invisible && !drop_invisible) {
+                // Hidden text of a scanned page: its font often has no outlines at all.
+                c.glyph_box = c.advance_box;
+                c.use_advance = true;
+                if (m_measure.IsBlankFont(font)) c.has_outline = true;
+            }
+        }
+        units[0] = 0xFFFE;
+        UInt32 count = 0;
+        font.MapToUnicode(it.char_code, units, 4, count, true);
+        c.units = units;
+        c.unit_count = int(std::clamp<UInt32>(count, 1, 4));
+        c.last = it.count == 1;
+        capture.AddChar(c);
+    }
+    capture.EndElement();
+}
+
+Rect PageCollector::AdvanceBox(const CharData& ch) {
+    const Font& font = m_ctx.font;
+    const double size = m_ctx.font_size, hs = m_ctx.horizontal_scale;
+    const double x = ch.x, y = ch.y;
+    Rect box;
+    if (m_ctx.composite && !m_ctx.horizontal) {
+        const UInt32 cid = font.MapToCID(ch.char_code);
+        double vx = 0, vy = 0;
+        const double v = font.GetDescendant().GetVerticalAdvance(cid, vx, vy) * size;
+        box = Rect(x, y + v + size * font.GetAscent() / 1000, x + size * hs,
+                   y + v + size * font.GetDescent() / 1000);
+    } else if (!m_ctx.type3) {
+        const double w = m_ctx.composite ? font.GetDescendant().GetWidth(font.MapToCID(ch.char_code))
+                                         : font.GetWidth(ch.char_code);
+        box = Rect(x, y + m_ctx.descent, x + hs * size * w / 1000, y + m_ctx.ascent);
+    } else {
+        double w = font.GetWidth(ch.char_code);
+        double ascent = m_ctx.ascent, descent = m_ctx.descent;
+        if ((ascent == 0 && descent == 0) || w == 0) {
+            // Measure the glyph's description: the union of what it paints, in the text frame.
+            if (!font.GetType3GlyphStream(ch.char_code) || !mp_reader) return Rect();
+            Rect painted;
+            bool any = false;
+            mp_reader->Type3FontBegin(ch);
+            while (Element* g = mp_reader->Next()) {
+                Rect b;
+                if (g->GetBBox(b) && b.x2 > b.x1) {
+                    if (any) {
+                        ExtendBox(painted, b);
+                    } else {
+                        painted = b;
+                        any = true;
+                    }
+                }
+            }
+            mp_reader->End();
+            Matrix2D to_text;
+            const double sx = m_ctx.type3_x_scale != 0 ? m_ctx.type3_x_scale
+                                                       : font.GetType3FontMatrix().m_a;
+            if (!any || !m_ctx.page.Inverse(to_text) || sx == 0) return Rect();
+            const Rect t = BoxAround(QuadThrough(to_text, painted));
+            if (t.x2 == t.x1 && t.y2 == t.y1) return Rect();
+            if (w == 0 && hs * size * sx != 0) w = (t.x2 - t.x1) / (hs * size * sx);
+            if (ascent == 0 && descent == 0) {
+                descent = t.y1 - y;
+                ascent = t.y2 - y;
+            }
+            box = Rect(x, y + descent, x + hs * size * sx * w, y + ascent);
+        } else {
+            box = Rect(x, y + descent, x + hs * size * m_ctx.type3_x_scale * w, y + ascent);
+        }
+    }
+    box.Normalize();
+    return box;
+}
+
+void PageCollector::RecordOccluder(Element& e) {
+    Rect b;
+    if (!e.GetBBox(b)) return;
+    Rect r;
+    if (!r.IntersectRect(b, Clip())) return;
+    GState& gs = e.GetGState();
+    bool not_opaque = gs.GetFillOpacity() < 1.0 || gs.GetSoftMask() != nullptr || e.IsImageMask();
+    if (!not_opaque && e.GetType() == Element::e_image) {
+        SDF::Obj* smask = e.GetSoftMask();
+        not_opaque = smask && smask->IsStream();
+    }
+    if (!not_opaque) {
+        SDF::Obj* mask = e.GetMask();
+        not_opaque = mask && (mask->IsStream() || mask->IsArray());
+    }
+    m_engine.Occluders().push_back({m_element_counter, r, not_opaque});
+}
+
+}  // namespace lum::PDF
