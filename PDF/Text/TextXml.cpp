@@ -72,6 +72,24 @@ std::string BoxValue(const Rect& r, bool absolute) {
     return v;
 }
 
+// The style attribute: family, size, serif or not, colour.
+void AppendStyle(std::string& out, const TextExtractor::Style& style) {
+    std::string v = "font-family:";
+    const UString name = style.GetFontName();
+    AppendXmlText(v, name.GetBuffer(), name.GetLength(), false);
+    v += "; font-size:";
+    Common::AppendNumber(v, style.GetFontSize());
+    v += ';';
+    v += style.IsSerif() ? " " : " sans-serif; ";
+    UInt8 rgb[3];
+    style.GetColor(rgb);
+    char color[16];
+    std::snprintf(color, sizeof color, "%02X%02X%02X;", rgb[0], rgb[1], rgb[2]);
+    v += "color: #";
+    v += color;
+    AppendAttribute(out, "style", v);
+}
+
 }  // namespace
 
 void AppendXmlText(std::string& out, const Unicode* units, Int32 count, bool ascii) {
@@ -117,6 +135,7 @@ void WriteXml(const TextExtractorImpl& store, const XmlPageInfo& page, UInt32 fl
     const bool utf16 = flags & e_xml_utf16;
     const bool words_as_elements = flags & e_xml_words_as_elements;
     const bool bbox = flags & e_xml_output_bbox;
+    const bool styles = flags & e_xml_output_styles;
     std::string x;
     x.reserve(store.Text().size() * 2 + 256);
     x += utf16 ? "<?xml version=\"1.0\" encoding=\"utf-16\" ?>\n"
@@ -151,12 +170,21 @@ void WriteXml(const TextExtractorImpl& store, const XmlPageInfo& page, UInt32 fl
         }
         x += "<Line";
         if (bbox) AppendAttribute(x, "box", BoxValue(line.GetBBox(), false));
+        TextExtractor::Style line_style;
+        if (styles) {
+            line_style = line.GetStyle();
+            AppendStyle(x, line_style);
+        }
         x += ">\n";
         bool first = true;
         for (TextExtractor::Word w = line.GetFirstWord(); w.IsValid(); w = w.GetNextWord()) {
             if (words_as_elements) {
                 x += "<Word";
                 if (bbox) AppendAttribute(x, "box", BoxValue(w.GetBBox(), false));
+                if (styles) {
+                    const TextExtractor::Style word_style = w.GetStyle();
+                    if (word_style != line_style) AppendStyle(x, word_style);
+                }
                 x += '>';
                 AppendXmlText(x, w.GetString(), w.GetStringLen(), utf16);
                 x += "</Word>\n";
