@@ -37,6 +37,19 @@ inline constexpr std::size_t kMaxFaxRepeatedBytes = std::size_t(256) << 20;
 // image fails instead. 512 MiB holds a progressive 12,000 x 12,000 colour JPEG.
 inline constexpr std::size_t kMaxImageDecoderMemory = std::size_t(512) << 20;
 
+// Components. Of one JPEG 2000 codestream (the format allows 16,384). OpenJPEG keeps state
+// per component and tile; images in PDF have at most a DeviceN's 32 colorants and an alpha.
+inline constexpr std::uint32_t kMaxJPXComponents = 64;
+
+// Tiles x components of one JPEG 2000 codestream. OpenJPEG allocates about a kilobyte of
+// coding parameters for each before it decodes anything, so a header of 65,535 tiles of 64
+// components would cost 4 GiB; this bound keeps it near 128 MiB.
+inline constexpr std::uint64_t kMaxJPXTileComponents = std::uint64_t(1) << 17;
+
+// Pixels. Area of one JPEG 2000 image (16,384 x 16,384). Beyond it even a decoding in strips
+// would take minutes for a header that costs a few bytes.
+inline constexpr std::uint64_t kMaxJPXPixels = std::uint64_t(1) << 28;
+
 // --- Objects and parser ---
 
 // Levels. Open arrays and dictionaries inside one value: the 1000th level fails. Parsing and

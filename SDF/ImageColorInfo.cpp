@@ -87,7 +87,8 @@ Filters::JPXParams JPXParamsFromImage(Obj* image) {
     Filters::JPXParams p;
     if (!image) return p;  // inline data: nothing to read the shape from
     const ImageColorInfo info = ReadImageColorInfo(image);
-    p.components = info.family == ImageColorFamily::e_none ? 1 : info.components;
+    p.own_colors = info.family == ImageColorFamily::e_none;
+    p.components = p.own_colors ? 1 : info.components;
     p.bits = 8;
     if (info.family == ImageColorFamily::e_indexed || info.family == ImageColorFamily::e_separation ||
         info.family == ImageColorFamily::e_device_n) {

@@ -12,11 +12,14 @@
 #include "Filters/CCITTFaxDecode.h"
 #include "Filters/DCTDecode.h"
 #include "Filters/FlateDecode.h"
+#include "Filters/JBIG2Decode.h"
+#include "Filters/JPXDecode.h"
 #include "Filters/LZMADecode.h"
 #include "Filters/LZWDecode.h"
 #include "Filters/Predictor.h"
 #include "Filters/RunLengthDecode.h"
 #include "SDF/DocImpl.h"
+#include "SDF/ImageColorInfo.h"
 #include "SDF/Obj.h"
 
 namespace lum::SDF {
@@ -75,12 +78,12 @@ std::unique_ptr<Filter> MakeCCITTFaxDecode(std::unique_ptr<Filter>& chain,
                                            const Filters::CCITTFaxParams& params) {
     return std::make_unique<Filters::CCITTFaxDecode>(std::move(chain), params);
 }
-std::unique_ptr<Filter> MakeJBIG2Decode(std::unique_ptr<Filter>&, std::unique_ptr<Filter> /*globals*/,
-                                        Int64 /*width*/, Int64 /*height*/) {
-    return nullptr;
+std::unique_ptr<Filter> MakeJBIG2Decode(std::unique_ptr<Filter>& chain, std::unique_ptr<Filter> globals,
+                                        Int64 width, Int64 height) {
+    return std::make_unique<Filters::JBIG2Decode>(std::move(chain), std::move(globals), width, height);
 }
-std::unique_ptr<Filter> MakeJPXDecode(std::unique_ptr<Filter>&, Obj* /*stream, may be null*/) {
-    return nullptr;
+std::unique_ptr<Filter> MakeJPXDecode(std::unique_ptr<Filter>& chain, Obj* stream) {
+    return std::make_unique<Filters::JPXDecode>(std::move(chain), JPXParamsFromImage(stream));
 }
 std::unique_ptr<Filter> MakeLZMADecode(std::unique_ptr<Filter>& chain) {
     return std::make_unique<Filters::LZMADecode>(std::move(chain));

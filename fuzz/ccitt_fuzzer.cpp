@@ -1,6 +1,7 @@
 // CCITTFaxDecode with every parameter the stream dictionary can set.
 // Header: [flags][K][Columns lo][Columns hi][Rows lo][Rows hi][DamagedRowsBeforeError];
 // flags bit 0 EndOfLine, 1 EncodedByteAlign, 2 EndOfBlock, 3 BlackIs1. K is signed.
+// fuzz-run: seed-script tools/gen-image-seeds.py
 #include <cstddef>
 #include <cstdint>
 #include <memory>

@@ -111,7 +111,7 @@ def psnr(a, b):
     return math.inf if mse == 0 else 10 * math.log10(255.0 ** 2 / mse)
 
 
-def compare(ours_path, peer_path, bilevel, polarity_free):
+def compare(ours_path, peer_path, bilevel, polarity_free, color=""):
     """(agrees, note) for one image. `polarity_free`: the peer writes the image by what it
     paints (stencil masks, palettes), so an exact inversion of the samples agrees."""
     ours, maxval = read_pnm(ours_path)
@@ -140,6 +140,17 @@ def compare(ours_path, peer_path, bilevel, polarity_free):
         peer = (peer >> 8).astype(np.uint8)
     if ours.shape[2] == 1 and peer.shape[2] == 3 and (peer == peer[:, :, :1]).all():
         peer = peer[:, :, :1]  # gray written as RGB
+    if ours.shape[2] == 3 and peer.shape[2] == 4:
+        # A composed (RGB) JPEG 2000 image against the peer's CMYK: the same plain conversion.
+        p = peer.astype(np.int32)
+        peer = np.clip(255 - p[:, :, :3] - p[:, :, 3:4], 0, 255).astype(np.uint8)
+    if ours.shape[2] == 1 and peer.shape[2] == 3 and color == "index":
+        # Palette indexes against the peer's colours: they agree when each index has one colour.
+        pairs = np.unique(np.concatenate([ours.reshape(-1, 1).astype(np.int64),
+                                          peer.reshape(-1, 3).astype(np.int64)], axis=1), axis=0)
+        if len(np.unique(pairs[:, 0])) == len(pairs):
+            return True, "indexes, each with one colour of the peer (%d colours)" % len(pairs)
+        return False, "indexes with more than one colour of the peer"
     if ours.shape[2] != peer.shape[2]:
         return False, "components %d, peer %d (peer converted colours)" % (ours.shape[2], peer.shape[2])
     value = psnr(ours, peer)
@@ -208,7 +219,7 @@ def compare_file(args, path, password, wanted):
             else:
                 try:
                     ok, note = compare(ours_file, peer_file, img["enc"] in ("ccitt", "jbig2"),
-                                       img["type"] != "image" or img["color"] == "index")
+                                       img["type"] != "image" or img["color"] == "index", img["color"])
                 except Exception as e:  # a file we could not read counts against us
                     ok, note = False, "compare: %s" % e
                 if len(report) >= 8 and report[6] != report[7]:

@@ -7,6 +7,7 @@
 
 #include "Filters/FilterReader.h"
 #include "ObjTestSupport.h"
+#include "SDF/ImageColorInfo.h"
 #include "SDF/Obj.h"
 
 using namespace lum::SDF;
@@ -70,6 +71,53 @@ TEST(ImageChain, CCITTFaxParameters) {
         {"parameters in an array", "<</Filter [/CCF] /DecodeParms [<</Columns 8 /K -1>>]>>", g4,
          "FFC3"},
     });
+}
+
+TEST(ImageChain, JBIG2NeedsTheImageSize) {
+    for (const char* dict : {"<</Filter /JBIG2Decode /Height 30>>", "<</Filter /JBIG2Decode /Width 13>>",
+                             "<</Filter /JBIG2Decode /Width 13 /Height 30 /DecodeParms <</JBIG2Globals 5>>>>"}) {
+        auto s = MakeStream(dict, "no JBIG2 data here");
+        auto chain = s->GetDecodedStream();
+        try {
+            ReadAll(std::move(chain));
+            ADD_FAILURE() << dict << ": nothing raised";
+        } catch (const lum::Common::Exception& e) {
+            EXPECT_EQ(e.GetMessage(), "An error occurred while decoding JBIG2 stream") << dict;
+        }
+    }
+}
+
+TEST(ImageChain, JPXShapeFromTheImage) {
+    struct Case {
+        const char* dict;
+        int components, bits;
+        bool stripe, own_colors;
+    };
+    const Case cases[] = {
+        {"<<>>", 1, 8, false, true},
+        {"<</ColorSpace /DeviceRGB>>", 3, 8, false, false},
+        {"<</ColorSpace /DeviceCMYK /BitsPerComponent 4>>", 4, 8, false, false},
+        {"<</ColorSpace /DeviceGray /Decode [1 0]>>", 1, 8, true, false},
+        {"<</ColorSpace [/CalRGB <<>>]>>", 3, 8, false, false},
+        {"<</ColorSpace /Lab>>", 3, 8, false, false},
+        {"<</ColorSpace [/Indexed /DeviceRGB 15 <00>] /BitsPerComponent 4>>", 1, 4, false, false},
+        {"<</ColorSpace [/Separation /Spot /DeviceCMYK 5] /BitsPerComponent 2.7>>", 1, 2, false, false},
+        {"<</ColorSpace [/DeviceN [/A /B /C] /DeviceCMYK 5] /BitsPerComponent 16>>", 3, 16, false, false},
+        {"<</ColorSpace [/DeviceN [/A /B /C] /DeviceCMYK 5] /BitsPerComponent /Eight>>", 3, 8, false, false},
+        {"<</ColorSpace /Unheard>>", 1, 8, false, false},
+    };
+    for (const auto& c : cases) {
+        auto s = MakeStream(c.dict, "");
+        const lum::Filters::JPXParams p = JPXParamsFromImage(s.get());
+        EXPECT_EQ(p.components, c.components) << c.dict;
+        EXPECT_EQ(p.bits, c.bits) << c.dict;
+        EXPECT_EQ(p.stripe, c.stripe) << c.dict;
+        EXPECT_EQ(p.own_colors, c.own_colors) << c.dict;
+    }
+    // Inline image data come without a stream.
+    const lum::Filters::JPXParams inline_params = JPXParamsFromImage(nullptr);
+    EXPECT_EQ(inline_params.components, -1);
+    EXPECT_FALSE(inline_params.stripe);
 }
 
 }  // namespace

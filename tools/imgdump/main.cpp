@@ -6,6 +6,8 @@
 //   imgdump [--password PW] --all FILE [PREFIX] every image XObject, as PREFIX-OBJ.pnm;
 //                                               without PREFIX the samples are only decoded
 //   imgdump [--password PW] --list FILE         one line per image XObject
+//   imgdump [--password PW] --coded FILE OBJ OUT the coded image data: the stream with every
+//                                               stage but the last (the image decoder) undone
 //
 // The file holds the samples as the filter chain delivers them, with a header that fits:
 // 1 bit gray as P4 (a sample 0 is written black), other gray as P5, three components as P6,
@@ -28,6 +30,7 @@
 #include "Common/Exception.h"
 #include "Common/UString.h"
 #include "Filters/FilterReader.h"
+#include "Filters/JPXDecode.h"
 #include "Filters/MappedFile.h"
 #include "SDF/DocImpl.h"
 #include "SDF/ImageColorInfo.h"
@@ -129,6 +132,14 @@ bool Dump(SDF::Obj* image, UInt32 num, const std::string& path) {
     try {
         std::unique_ptr<Filters::Filter> chain = image->GetDecodedStream();
         Filters::FilterReader reader(chain.get());
+        reader.Peek();  // opens the decoder, so that a JPEG 2000 stage knows its shape
+        if (auto* jpx = dynamic_cast<Filters::JPXDecode*>(chain.get())) {
+            if (jpx->GetComponents() <= 0) throw std::runtime_error("JPEG 2000 data not decoded");
+            s.width = jpx->GetWidth();
+            s.height = jpx->GetHeight();
+            s.components = jpx->GetComponents();
+            s.bits = jpx->GetBits();
+        }
         needed = s.RowBytes() * s.height;
         if (needed > kMaxImageBytes) throw std::runtime_error("image too large for this tool");
         std::FILE* out = nullptr;
@@ -158,11 +169,23 @@ bool Dump(SDF::Obj* image, UInt32 num, const std::string& path) {
     return error.empty();
 }
 
+bool WriteCoded(SDF::Obj* image, const std::string& path) {
+    std::unique_ptr<Filters::Filter> chain = image->GetDecodedStream(true);
+    std::FILE* out = std::fopen(path.c_str(), "wb");
+    if (!out) return false;
+    Filters::FilterReader reader(chain.get());
+    std::vector<UInt8> buf(65536);
+    while (size_t n = reader.Read(buf.data(), buf.size())) std::fwrite(buf.data(), 1, n, out);
+    std::fclose(out);
+    return true;
+}
+
 int Usage() {
     std::fprintf(stderr,
                  "usage: imgdump [--password PW] FILE OBJ [OUT]\n"
                  "       imgdump [--password PW] --all FILE [PREFIX]\n"
-                 "       imgdump [--password PW] --list FILE\n");
+                 "       imgdump [--password PW] --list FILE\n"
+                 "       imgdump [--password PW] --coded FILE OBJ OUT\n");
     return 2;
 }
 
@@ -175,18 +198,21 @@ int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--password") == 0 && i + 1 < argc)
             password = argv[++i];
-        else if (std::strcmp(argv[i], "--all") == 0 || std::strcmp(argv[i], "--list") == 0)
+        else if (std::strcmp(argv[i], "--all") == 0 || std::strcmp(argv[i], "--list") == 0 ||
+                 std::strcmp(argv[i], "--coded") == 0)
             mode = argv[i] + 2;
         else
             args.push_back(argv[i]);
     }
-    if (args.empty() || (mode.empty() && args.size() < 2) || args.size() > (mode.empty() ? 3 : 2))
+    const bool one_image = mode.empty() || mode == "coded";
+    if (args.empty() || (one_image && args.size() < 2) || args.size() > (one_image ? 3 : 2) ||
+        (mode == "coded" && args.size() != 3))
         return Usage();
     try {
         SDF::SDFLinarDoc doc(std::make_unique<Filters::MappedFile>(args[0]));
         if (password) doc.InitStdSecurityHandler(UString(password, -1, enc_ascii));
         else doc.InitSecurityHandler();
-        if (mode.empty()) {
+        if (one_image) {
             // OBJ, or OBJ:smask / OBJ:mask for the soft mask or the explicit mask of an image.
             char* rest = nullptr;
             const long num = std::strtol(args[1].c_str(), &rest, 10);
@@ -202,6 +228,7 @@ int main(int argc, char** argv) {
                 std::fprintf(stderr, "imgdump: %s is no image\n", args[1].c_str());
                 return 1;
             }
+            if (mode == "coded") return WriteCoded(obj, args[2]) ? 0 : 1;
             return Dump(obj, shown, args.size() > 2 ? args[2] : "-") ? 0 : 1;
         }
         bool ok = true;
