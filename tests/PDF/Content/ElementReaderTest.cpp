@@ -289,3 +289,98 @@ INSTANTIATE_TEST_SUITE_P(Content, InlineImages, ::testing::ValuesIn(kInline),
 
 }  // namespace
 }  // namespace lum::test
+
+#include "Common/Limits.h"
+
+namespace lum::test {
+namespace {
+
+// Each bound of the reader at its value and one past it.
+
+TEST(ContentLimits, StateDepth) {
+    // Depth kMaxStateDepth is reached with kMaxStateDepth - 1 pushes; one more q is refused.
+    for (const size_t pushes : {Limits::kMaxStateDepth - 2, Limits::kMaxStateDepth - 1}) {
+        std::string content;
+        for (size_t i = 0; i < pushes; ++i) content += "q ";
+        content += "5 w q 6 w Q 0 0 m 1 1 l S";
+        PageSpec spec;
+        spec.contents = {content};
+        MemoryDoc doc(BuildPagePdf(spec));
+        PDF::ElementReader reader;
+        reader.Begin(doc.FirstPage());
+        PDF::Element* last = nullptr;
+        while (PDF::Element* e = reader.Next()) last = e;
+        ASSERT_NE(last, nullptr);
+        EXPECT_EQ(last->GetGState().GetLineWidth(), pushes == Limits::kMaxStateDepth - 2 ? 5 : 6);
+    }
+}
+
+TEST(ContentLimits, FormLevels) {
+    // Forms 6, 7, ... each show a string and paint the next: the page is level 1, so forms
+    // run with content up to level kMaxContentLevels, and the one below opens empty.
+    const int forms = Limits::kMaxContentLevels + 1;
+    PageSpec spec;
+    std::string xobjects;
+    for (int i = 0; i < forms; ++i) {
+        const std::string next = "/X" + std::to_string(i + 1);
+        spec.extra.push_back(StreamObj("BT /F1 10 Tf (x) Tj ET " + next + " Do",
+                                       "/Subtype /Form /Resources << /XObject << " + next + " " +
+                                           std::to_string(7 + i) + " 0 R >> >>"));
+    }
+    spec.extra.push_back(StreamObj("", "/Subtype /Form"));
+    spec.resources = "/Font << /F1 4 0 R >> /XObject << /X0 6 0 R >>";
+    spec.contents = {"/X0 Do"};
+    const Walked w = WalkPage(spec);
+    EXPECT_EQ(w.error, "");
+    EXPECT_EQ(Texts(w).size(), size_t(Limits::kMaxContentLevels - 1));
+    int deepest = 0;
+    for (const Seen& s : w.seen) deepest = std::max(deepest, s.level);
+    EXPECT_EQ(deepest, Limits::kMaxContentLevels);
+}
+
+TEST(ContentLimits, StringCharacters) {
+    for (const size_t size : {Limits::kMaxStringChars, Limits::kMaxStringChars + 1}) {
+        PageSpec spec;
+        spec.contents = {"BT /F1 1 Tf (" + std::string(size, 'a') + ") Tj ET"};
+        const Walked w = WalkPage(spec);
+        ASSERT_EQ(Texts(w).size(), 1u);
+        EXPECT_EQ(Texts(w)[0]->positions.size(), 2 * Limits::kMaxStringChars);
+    }
+}
+
+TEST(ContentLimits, PathCoordinates) {
+    std::string content = "0 0 m ";
+    content.reserve(Limits::kMaxPathDoubles * 3 + 64);
+    for (size_t i = 2; i < Limits::kMaxPathDoubles; i += 2) content += "1 1 l ";
+    content += "2 2 l S";
+    PageSpec spec;
+    spec.contents = {content};
+    MemoryDoc doc(BuildPagePdf(spec));
+    PDF::ElementReader reader;
+    reader.Begin(doc.FirstPage());
+    PDF::Element* e = reader.Next();
+    ASSERT_NE(e, nullptr);
+    EXPECT_EQ(size_t(e->GetPointCount()), Limits::kMaxPathDoubles);
+    EXPECT_EQ(e->GetPathPoints()[Limits::kMaxPathDoubles - 1], 1);  // the last l was dropped
+}
+
+TEST(ContentLimits, InlineImageData) {
+    const size_t bound = Limits::kMaxInlineImageBytes;
+    for (const size_t size : {bound, bound + 1}) {
+        PageSpec spec;
+        spec.contents = {"BI /W " + std::to_string(size) + " /H 1 /BPC 8 /CS /G ID " +
+                         std::string(size, 'x') + " EI q Q"};
+        MemoryDoc doc(BuildPagePdf(spec));
+        PDF::ElementReader reader;
+        reader.Begin(doc.FirstPage());
+        PDF::Element* e = reader.Next();
+        ASSERT_NE(e, nullptr);
+        EXPECT_EQ(size_t(e->GetImageDataSize()), bound);
+        // The data is consumed whole all the same: the content goes on behind it.
+        ASSERT_NE(reader.Next(), nullptr);
+        EXPECT_EQ(reader.Current()->GetType(), PDF::Element::e_group_begin);
+    }
+}
+
+}  // namespace
+}  // namespace lum::test
