@@ -22,7 +22,7 @@ namespace {
 using namespace lum;
 namespace fs = std::filesystem;
 
-const fs::path kRepo = fs::path(__FILE__).parent_path().parent_path();
+const fs::path kRepo = LUM_SOURCE_DIR;
 
 std::vector<std::string> Files() {
     std::vector<std::string> out;
