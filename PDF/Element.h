@@ -43,7 +43,7 @@ public:
 
 class Element : public ImageBase {
 public:
-    enum Type {
+    enum Type : Int32 {
         e_null = 0,
         e_path = 1,
         e_text_begin = 2,

@@ -60,9 +60,10 @@ public:
     };
     static constexpr int kAttributeCount = 36;
 
-    enum LineCap { e_butt_cap = 0, e_round_cap = 1, e_square_cap = 2 };
-    enum LineJoin { e_miter_join = 0, e_round_join = 1, e_bevel_join = 2 };
-    enum TextRenderingMode {
+    // Caps, joins and modes hold any integer that content gives: 32-bit enums.
+    enum LineCap : Int32 { e_butt_cap = 0, e_round_cap = 1, e_square_cap = 2 };
+    enum LineJoin : Int32 { e_miter_join = 0, e_round_join = 1, e_bevel_join = 2 };
+    enum TextRenderingMode : Int32 {
         e_fill_text = 0,
         e_stroke_text = 1,
         e_fill_stroke_text = 2,
@@ -72,14 +73,14 @@ public:
         e_fill_stroke_clip_text = 6,
         e_clip_text = 7,
     };
-    enum RenderingIntent {
+    enum RenderingIntent : Int32 {
         e_absolute_colorimetric = 0,
         e_relative_colorimetric = 1,
         e_saturation = 2,
         e_perceptual = 3,
         e_unknown_intent = 4,
     };
-    enum BlendMode {
+    enum BlendMode : Int32 {
         e_bl_compatible = 0,
         e_bl_normal = 1,
         e_bl_multiply = 2,
