@@ -11,6 +11,7 @@
 #include "Common/Exception.h"
 #include "Filters/ExtBufInputFilter.h"
 #include "PDF/ElementReader.h"
+#include "PDF/Ferrox.h"
 #include "PDF/Font/Font.h"
 #include "PDF/PDFDoc.h"
 
@@ -109,6 +110,8 @@ inline void Walk(PDF::ElementReader& reader, int depth) {
 
 // Reads the page around `content`; what ends the page is dropped, as the text engine does.
 inline void ReadContent(const std::string& content) {
+    static const bool started = (PDF::Ferrox::Initialize(), true);
+    (void)started;
     const std::string pdf = ContentPdf(content);
     try {
         PDF::PDFDoc doc(std::make_unique<Filters::ExtBufInputFilter>(

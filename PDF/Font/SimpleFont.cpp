@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "Common/Exception.h"
-#include "PDF/Font/StandardFontTables.h"
+#include "PDF/Font/StandardFonts.h"
 #include "SDF/Obj.h"
 
 namespace lum::PDF::Fnt {
@@ -43,31 +43,21 @@ void SimpleFont::ReadStandardFont() {
     if (m_base14_type == Font::e_null)
         throw Common::Exception("m_base14_type != Font::e_null", __LINE__, __FILE__, LUM_FUNCTION,
                                 "Non-standard font is missing the descriptor");
-    const StandardFontMetrics* metrics = GetStandardFontMetrics(m_base14_type);
-    if (!metrics) return;
-    m_ascent = metrics->ascent;
-    m_descent = metrics->descent;
-    m_bbox = Rect(metrics->bbox[0], metrics->bbox[1], metrics->bbox[2], metrics->bbox[3]);
+    const StandardFontRecord& record = gl_standard_fonts[m_base14_type];
+    m_ascent = record.ascent;
+    m_descent = record.descent;
+    m_bbox = Rect(record.bbox[0], record.bbox[1], record.bbox[2], record.bbox[3]);
 }
 
 bool SimpleFont::ReadEncoding() {
     SDF::Obj* enc = mp_font_dict->FindObj(SDF::e_Encoding);
     if (enc && enc->IsDict()) enc = enc->FindObj(SDF::e_BaseEncoding);
     if (!enc || !enc->IsName()) return false;
-    const char* name = enc->GetName();
-    EncodingKind kind;
-    if (std::strcmp(name, "MacRomanEncoding") == 0)
-        kind = e_mac_roman;
-    else if (std::strcmp(name, "MacExpertEncoding") == 0)
-        kind = e_mac_expert;
-    else if (std::strcmp(name, "WinAnsiEncoding") == 0)
-        kind = e_win_ansi;
-    else if (std::strcmp(name, "StandardEncoding") == 0)
-        kind = e_standard;
-    else
-        return false;
+    EncodingKind kind = e_custom;
+    const char* const* table = FindBaseEncoding(enc->GetName(), kind);
+    if (!table) return false;
     m_encoding_kind = kind;
-    CopyEncoding(GetEncodingTable(StandardEncodingOf(kind)));
+    CopyEncoding(table);
     return true;
 }
 
@@ -90,9 +80,8 @@ bool SimpleFont::AddEncodingDifferences() {
             LUM_FAIL("Font has invalid encoding differences.");
         }
     }
-    const char* const* standard = GetEncodingTable(e_encoding_standard);
     for (int c = 0; c < 256; ++c)
-        if (!m_encoding[c] && standard) m_encoding[c] = standard[c];
+        if (!m_encoding[c]) m_encoding[c] = gl_standard_encoding[c];
     return true;
 }
 
@@ -108,16 +97,16 @@ void SimpleFont::InitWidths() {
         if (m_base14_type == Font::e_null)
             throw Common::Exception("m_base14_type != Font::e_null", __LINE__, __FILE__,
                                     LUM_FUNCTION, "Non-standard font is missing 'Widths' array");
-        const StandardFontMetrics* builtin = GetStandardFontMetrics(m_base14_type);
-        if (!(builtin && builtin->widths))
+        const StdWidthTable* builtin = GetStandardFontWidths(m_base14_type);
+        if (!builtin)
             throw Common::Exception("builtinFont->widths != 0", __LINE__, __FILE__, LUM_FUNCTION,
                                     "Ferrox is not initialized");
         double space = m_missing_width;
-        builtin->widths->Find("space", space);
+        builtin->Find("space", space);
         m_widths[32] = space;
         for (int c = 0; c < 256; ++c) {
             double w;
-            if (m_encoding[c] && builtin->widths->Find(m_encoding[c], w))
+            if (m_encoding[c] && builtin->Find(m_encoding[c], w))
                 m_widths[c] = w;
             else if (c == 0 || c == 9 || c == 10 || c == 12 || c == 13 || c == 32)
                 m_widths[c] = space;
@@ -162,12 +151,11 @@ Type1Font::Type1Font(SDF::Obj* font_dict) : SimpleFont(font_dict) {
     if (!ReadEncoding()) {
         // Without a base encoding, the font's own program would give one; until it is read,
         // StandardEncoding stands in as it does for a font that isn't embedded.
-        CopyEncoding(GetEncodingTable(e_encoding_standard));
+        CopyEncoding(gl_standard_encoding);
         m_encoding_kind = e_standard;
     }
     if ((m_base14_type == Font::e_symbol || m_base14_type == Font::e_zapf_dingbats) && !IsEmbedded()) {
-        const StandardFontMetrics* metrics = GetStandardFontMetrics(m_base14_type);
-        if (metrics) CopyEncoding(GetEncodingTable(metrics->encoding));
+        CopyEncoding(gl_standard_fonts[m_base14_type].default_encoding);
         m_encoding_kind = e_win_ansi;
     }
     AddEncodingDifferences();
@@ -181,12 +169,11 @@ TrueTypeFont::TrueTypeFont(SDF::Obj* font_dict) : SimpleFont(font_dict) {
     if (ReadEncoding()) {
         m_has_encoding = true;
     } else {
-        CopyEncoding(GetEncodingTable(e_encoding_win_ansi));
+        CopyEncoding(gl_win_ansi_encoding);
         m_encoding_kind = e_win_ansi;
     }
     if ((m_base14_type == Font::e_symbol || m_base14_type == Font::e_zapf_dingbats) && !IsEmbedded()) {
-        const StandardFontMetrics* metrics = GetStandardFontMetrics(m_base14_type);
-        if (metrics) CopyEncoding(GetEncodingTable(metrics->encoding));
+        CopyEncoding(gl_standard_fonts[m_base14_type].default_encoding);
         m_encoding_kind = e_win_ansi;
     }
     if (AddEncodingDifferences()) m_has_encoding = true;

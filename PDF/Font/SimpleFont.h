@@ -6,20 +6,13 @@
 #include <deque>
 #include <string>
 
+#include "PDF/Font/Encodings.h"
 #include "PDF/Font/FontImpl.h"
 
 namespace lum::PDF::Fnt {
 
 class SimpleFont : public FontImpl {
 public:
-    enum EncodingKind {
-        e_custom = 0,
-        e_standard = 1,
-        e_win_ansi = 2,
-        e_mac_roman = 3,
-        e_mac_expert = 4,
-    };
-
     bool IsSimple() const override { return true; }
     bool IsHorizontalMode() override { return true; }
     double GetWidth(UInt32 code) override { return code < 256 ? m_widths[code] : 0; }

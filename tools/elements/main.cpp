@@ -20,6 +20,7 @@
 #include "Common/Exception.h"
 #include "Common/UString.h"
 #include "PDF/ElementReader.h"
+#include "PDF/Ferrox.h"
 #include "PDF/Font/Font.h"
 #include "PDF/PDFDoc.h"
 #include "PDF/Page.h"
@@ -175,8 +176,10 @@ int main(int argc, char** argv) {
                      "usage: elements [--pages LIST] [--password PW] [--summary] [--no-forms] FILE...\n");
         return 2;
     }
+    PDF::Ferrox::Initialize();
     int status = 0;
     for (const char* file : files)
         if (!ProcessFile(file, s)) status = 1;
+    PDF::Ferrox::Terminate();
     return status;
 }

@@ -13,6 +13,7 @@
 #include "Common/Matrix2D.h"
 #include "Filters/ExtBufInputFilter.h"
 #include "PDF/ElementReader.h"
+#include "PDF/Ferrox.h"
 #include "PDF/PDFDoc.h"
 #include "PDF/Page.h"
 #include "PDF/PdfBuilder.h"
@@ -63,6 +64,7 @@ inline std::string BuildPagePdf(const PageSpec& spec) {
 class MemoryDoc {
 public:
     explicit MemoryDoc(std::string bytes) : m_bytes(std::move(bytes)) {
+        PDF::Ferrox::Initialize();  // the standard fonts' widths
         m_doc = std::make_unique<PDF::PDFDoc>(std::make_unique<Filters::ExtBufInputFilter>(
             reinterpret_cast<const UInt8*>(m_bytes.data()), m_bytes.size()));
     }
