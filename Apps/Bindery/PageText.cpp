@@ -4,6 +4,7 @@
 #include <string>
 
 #include "Apps/Bindery/Options.h"
+#include "Apps/Bindery/TextRuns.h"
 #include "Apps/Bindery/WriteText.h"
 #include "Apps/Bindery/misc/ParsePages.h"
 #include "Common/UString.h"
@@ -88,7 +89,8 @@ void WritePageText(Options& opt, const PDF::Page& page, PDF::TextExtractor& extr
     } else if (opt.m_format == "wordlist") {
         WriteWordList(opt, extractor);
     } else if (opt.m_format == "textruns") {
-        // Content order, from the elements themselves: the text runs writer's, not the store's.
+        // Content order, from the elements themselves, not from the store.
+        WriteTextRuns(opt, page);
     } else {
         if (opt.m_format != "plain") SendMessage(opt, e_msg_error, "Unknown output format");
         extractor.GetAsText(opt.m_text, !opt.m_nodehyphen);

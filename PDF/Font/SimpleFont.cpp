@@ -114,8 +114,8 @@ void SimpleFont::InitWidths() {
         return;
     }
     int last = last_char;
-    const UInt64 size = widths->Size();
-    if (size < UInt64(last_char - first_char + 1))
+    const Int64 size = Int64(widths->Size());
+    if (size < Int64(last_char) - first_char + 1)
         last = int(std::min<Int64>(Int64(first_char) + Int64(size) - 1, 255));
     for (int c = first_char; c <= last; ++c) m_widths[c] = widths->GetAt(UInt32(c - first_char))->GetNumber();
 }

@@ -1,0 +1,226 @@
+// Font objects from dictionaries: kinds, descriptor defaults, widths, encodings with
+// Differences, the failures that stop a font from being made, and the document's table of
+// shared fonts.
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "PDF/Content/ContentTestSupport.h"
+#include "PDF/Font/Font.h"
+#include "PDF/Font/FontImpl.h"
+#include "SDF/Obj.h"
+#include "SDF/SharedResource.h"
+
+namespace lum::test {
+namespace {
+
+using PDF::Font;
+
+const char* const kDescriptor = "/FontDescriptor << /Flags 32 /Ascent 700 /Descent -200 >>";
+
+struct FontCase {
+    const char* name;
+    std::string dict;    // entries of the font dictionary
+    const char* error;   // "" when the font is made
+    std::function<void(const Font&)> check;
+};
+
+class FontObjects : public ::testing::TestWithParam<FontCase> {};
+
+TEST_P(FontObjects, FromDictionary) {
+    const FontCase& c = GetParam();
+    PageSpec spec;
+    spec.extra = {"<< /Type /Font " + c.dict + " >>"};
+    MemoryDoc doc(BuildPagePdf(spec));
+    try {
+        const Font font(doc.Doc().GetObj(6));
+        EXPECT_STREQ(c.error, "") << "the font was made";
+        if (c.check) c.check(font);
+    } catch (const Common::Exception& e) {
+        EXPECT_EQ(e.GetMessage(), c.error);
+    }
+}
+
+std::string Widths(int first, int last, double w) {
+    std::string out = "/FirstChar " + std::to_string(first) + " /LastChar " + std::to_string(last) + " /Widths [";
+    for (int i = first; i <= last; ++i) out += std::to_string(w) + " ";
+    return out + "]";
+}
+
+const FontCase kFonts[] = {
+    {"unknown_subtype_is_type1", "/Subtype /Foo /BaseFont /X " + Widths(0, 3, 1) + " " + kDescriptor, "",
+     [](const Font& f) { EXPECT_EQ(f.GetType(), Font::e_Type1); }},
+    {"opentype_is_truetype", "/Subtype /OpenType /BaseFont /X " + Widths(0, 3, 1) + " " + kDescriptor, "",
+     [](const Font& f) { EXPECT_EQ(f.GetType(), Font::e_TrueType); }},
+    {"mmtype1", "/Subtype /MMType1 /BaseFont /X " + Widths(0, 3, 1) + " " + kDescriptor, "",
+     [](const Font& f) { EXPECT_EQ(f.GetType(), Font::e_MMType1); }},
+    {"no_subtype", "/BaseFont /Helvetica", "The dictionary does not contain required key: Subtype", nullptr},
+    {"descriptor_metrics",
+     "/Subtype /Type1 /BaseFont /X " + Widths(0, 3, 1) +
+         " /FontDescriptor << /Flags 4 /Ascent 0 /Descent 200 /FontBBox [100 200 0 0] /MissingWidth 9 >>",
+     "",
+     [](const Font& f) {
+         EXPECT_EQ(f.GetAscent(), 950);
+         EXPECT_EQ(f.GetDescent(), -200);
+         EXPECT_EQ(f.GetBBox(), PDF::Rect(0, 0, 100, 200));
+         EXPECT_EQ(f.GetMissingWidth(), 9);
+         EXPECT_EQ(f.GetWidth(200), 9);
+         EXPECT_TRUE(f.IsSymbolic());
+     }},
+    {"damaged_descriptor_entries",
+     "/Subtype /Type1 /BaseFont /X " + Widths(0, 3, 1) +
+         " /FontDescriptor << /Flags (x) /Ascent /Big /Descent 0 /FontBBox [1 2 (3) 4] >>",
+     "",
+     [](const Font& f) {
+         EXPECT_EQ(f.GetAscent(), 950);
+         EXPECT_EQ(f.GetDescent(), -350);
+         EXPECT_EQ(f.GetBBox(), PDF::Rect());
+     }},
+    {"symbolic_and_nonsymbolic", "/Subtype /Type1 /BaseFont /X " + Widths(0, 3, 1) + " /FontDescriptor << /Flags 36 >>",
+     "", [](const Font& f) { EXPECT_FALSE(f.IsSymbolic()); }},
+    {"subset_tags", "/Subtype /Type1 /BaseFont /ABCDEF+Foo " + Widths(0, 3, 1) + " " + kDescriptor, "",
+     [](const Font& f) {
+         EXPECT_TRUE(f.HasSubsetTag());
+         EXPECT_STREQ(f.GetName(), "ABCDEF+Foo");
+     }},
+    {"seven_characters_ending_in_plus", "/Subtype /Type1 /BaseFont /ABCDEF+ " + Widths(0, 3, 1) + " " + kDescriptor,
+     "", [](const Font& f) { EXPECT_FALSE(f.HasSubsetTag()); }},
+    {"name_as_string", "/Subtype /Type1 /BaseFont (My Font) " + Widths(0, 3, 1) + " " + kDescriptor, "",
+     [](const Font& f) { EXPECT_STREQ(f.GetName(), "My Font"); }},
+    {"nonstandard_without_descriptor", "/Subtype /Type1 /BaseFont /Frutiger " + Widths(0, 3, 1),
+     "Non-standard font is missing the descriptor", nullptr},
+    {"nonstandard_without_widths", "/Subtype /TrueType /BaseFont /Frutiger " + std::string(kDescriptor),
+     "Non-standard font is missing 'Widths' array", nullptr},
+    {"first_char_out_of_range", "/Subtype /Type1 /BaseFont /X /FirstChar 300 /LastChar 301 /Widths [1 1] " +
+                                    std::string(kDescriptor),
+     "Font has invalid advance widths.", nullptr},
+    {"short_widths",
+     "/Subtype /Type1 /BaseFont /X /FirstChar 65 /LastChar 90 /Widths [1 2 3] "
+     "/FontDescriptor << /MissingWidth 7 >>",
+     "",
+     [](const Font& f) {
+         EXPECT_EQ(f.GetWidth(64), 7);
+         EXPECT_EQ(f.GetWidth(65), 1);
+         EXPECT_EQ(f.GetWidth(67), 3);
+         EXPECT_EQ(f.GetWidth(68), 7);
+         EXPECT_EQ(f.GetWidth(300), 0);
+         EXPECT_EQ(f.GetMaxWidth(), 7);
+     }},
+    {"first_above_last_writes_nothing", "/Subtype /Type1 /BaseFont /X /FirstChar 9 /LastChar 3 /Widths [5 5] " +
+                                            std::string(kDescriptor),
+     "", [](const Font& f) { EXPECT_EQ(f.GetWidth(9), 0); }},
+    {"standard_widths_by_name", "/Subtype /Type1 /BaseFont /Helvetica", "",
+     [](const Font& f) {
+         EXPECT_EQ(f.GetBase14Type(), Font::e_helvetica);
+         EXPECT_EQ(f.GetWidth('A'), 667);
+         EXPECT_EQ(f.GetWidth(' '), 278);
+         EXPECT_EQ(f.GetWidth(9), 278);  // white space without a name takes the space
+         EXPECT_EQ(f.GetAscent(), 718);
+         EXPECT_EQ(f.GetBBox(), PDF::Rect(-166, -225, 1000, 931));
+     }},
+    {"standard_code_32_renamed",
+     "/Subtype /Type1 /BaseFont /Arial,Bold /Encoding << /Differences [32 /A 33 /nosuchglyph] >>", "",
+     [](const Font& f) {
+         EXPECT_EQ(f.GetBase14Type(), Font::e_helvetica_bold);
+         EXPECT_EQ(f.GetWidth(32), 722);
+         EXPECT_EQ(f.GetWidth(33), 0);  // neither a width nor white space: the missing width
+     }},
+    {"differences_past_255_vanish",
+     "/Subtype /Type1 /BaseFont /Courier /Encoding << /BaseEncoding /WinAnsiEncoding /Differences [254 /a /b /c] >>",
+     "",
+     [](const Font& f) {
+         EXPECT_STREQ(f.GetEncoding()[254], "a");
+         EXPECT_STREQ(f.GetEncoding()[255], "b");
+         EXPECT_STREQ(f.GetEncoding()[65], "A");
+     }},
+    {"differences_negative_and_fractional",
+     "/Subtype /Type1 /BaseFont /Courier /Encoding << /Differences [-66.7 /x] >>", "",
+     [](const Font& f) {
+         EXPECT_STREQ(f.GetEncoding()[66], "x");
+         EXPECT_STREQ(f.GetEncoding()[67], "C");  // the rest is StandardEncoding
+     }},
+    {"differences_bad_item", "/Subtype /Type1 /BaseFont /Courier /Encoding << /Differences [65 (A)] >>",
+     "Font has invalid encoding differences.", nullptr},
+    {"unknown_encoding_name_is_absent", "/Subtype /TrueType /BaseFont /Courier /Encoding /Foo", "",
+     [](const Font& f) { EXPECT_STREQ(f.GetEncoding()[0x80], "Euro"); }},  // WinAnsi behind
+    {"symbol_builtin_encoding", "/Subtype /Type1 /BaseFont /Symbol", "",
+     [](const Font& f) {
+         EXPECT_STREQ(f.GetEncoding()['a'], "alpha");
+         EXPECT_EQ(f.GetWidth('a'), 631);
+     }},
+    {"type3", "/Subtype /Type3 /Name /T /FontMatrix [0.01 0 0 0.01 0 0] /CharProcs << /a 1 0 R >> "
+              "/Encoding << /Differences [97 /a] >> /FirstChar 97 /LastChar 97 /Widths [50] /FontBBox [10 10 0 0]",
+     "",
+     [](const Font& f) {
+         EXPECT_EQ(f.GetType(), Font::e_Type3);
+         EXPECT_STREQ(f.GetName(), "T");
+         EXPECT_NEAR(f.GetType3FontMatrix().m_a, 0.01, 1e-12);
+         EXPECT_NE(f.GetType3GlyphStream('a'), nullptr);
+         EXPECT_EQ(f.GetType3GlyphStream('b'), nullptr);
+         EXPECT_STREQ(f.GetEncoding()['b'], "b");  // Differences fill up from StandardEncoding
+         EXPECT_EQ(f.GetBBox(), PDF::Rect(0, 0, 10, 10));
+         EXPECT_THROW(f.GetUnitsPerEm(), Common::Exception);
+     }},
+    {"type3_without_charprocs", "/Subtype /Type3 /FirstChar 0 /LastChar 0 /Widths [1]",
+     "The dictionary does not contain required key: CharProcs", nullptr},
+};
+
+INSTANTIATE_TEST_SUITE_P(Font, FontObjects, ::testing::ValuesIn(kFonts),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST(FontHandle, EmptyHandleRaisesBadFontNamingTheOperation) {
+    const Font empty;
+    try {
+        empty.GetType();
+        FAIL();
+    } catch (const Common::Exception& e) {
+        EXPECT_EQ(e.GetMessage(), "Bad font");
+        EXPECT_EQ(e.GetCondition(), "mp_impl");
+        EXPECT_EQ(e.GetFunction(), "lum::PDF::Font::GetType");
+    }
+}
+
+TEST(FontHandle, VerticalMetricsOnlyOnComposite) {
+    MemoryDoc doc(BuildPagePdf(PageSpec()));
+    const Font font(doc.Doc().GetObj(4));
+    double vx, vy;
+    EXPECT_THROW(font.GetVerticalAdvance(1, vx, vy), Common::Exception);
+    EXPECT_THROW(font.GetDescendant(), Common::Exception);
+}
+
+TEST(SharedFonts, OneObjectPerDictionaryAndBoundedIdleEntries) {
+    PageSpec spec;
+    for (int i = 0; i < 30; ++i) spec.extra.push_back("<< /Type /Font /Subtype /Type1 /BaseFont /Courier >>");
+    MemoryDoc doc(BuildPagePdf(spec));
+    SDF::Obj* first_dict = doc.Doc().GetObj(6);
+    const Font kept(first_dict);
+    EXPECT_EQ(Font(first_dict).GetImpl(), kept.GetImpl());
+    for (int i = 1; i < 30; ++i) Font idle(doc.Doc().GetObj(UInt32(6 + i)));
+    SDF::SharedResourceTable* table = SDF::SharedResourceTable::Of(first_dict);
+    ASSERT_NE(table, nullptr);
+    EXPECT_EQ(table->Size(), SDF::SharedResourceTable::kMaxIdleEntries + 1);
+    // The font with a handle was never evicted: it is the same object.
+    EXPECT_EQ(Font(first_dict).GetImpl(), kept.GetImpl());
+}
+
+TEST(StandardFontNames, Recognition) {
+    struct Row {
+        const char* name;
+        Font::StandardType1Font index;
+    };
+    const Row rows[] = {
+        {"Times-Roman", Font::e_times_roman},       {"TimesNewRoman,Bold", Font::e_times_bold},
+        {"TimesNewRomanPS-BoldMT", Font::e_times_bold}, {"TimesNewRomanPS-ItalicMT", Font::e_times_italic},
+        {"Arial", Font::e_helvetica},               {"Arial,BoldItalic", Font::e_helvetica_bold_oblique},
+        {"ArialMT", Font::e_helvetica},             {"Helvetica-Oblique", Font::e_helvetica_oblique},
+        {"Courier-BoldOblique", Font::e_courier_bold_oblique}, {"CourierNewPSMT", Font::e_courier},
+        {"Symbol,Bold", Font::e_symbol},            {"ZapfDingbats", Font::e_zapf_dingbats},
+        {"ABCDEF+Arial", Font::e_null},             {"Frutiger", Font::e_null},
+        {"", Font::e_null},                         {nullptr, Font::e_null},
+    };
+    for (const Row& r : rows)
+        EXPECT_EQ(PDF::FontImpl::GetStandardFontType(r.name), r.index) << (r.name ? r.name : "null");
+}
+
+}  // namespace
+}  // namespace lum::test
