@@ -11,13 +11,18 @@ JPEG 2000) within a PSNR of 45 dB, at the same size. Prints counts per filter an
 per disagreement with what explains it.
 
     tools/imgcompare.py [--imgdump PATH] [--filters ccitt,jbig2,jpeg,jpx] [--timeout S]
-                        [--jobs N] [--verbose] CORPUS_DIR | FILE.pdf ...
+                        [--jobs N] [--verbose] [--speed N] CORPUS_DIR | FILE.pdf ...
+
+With --speed N the tools are timed instead (each file N times with each, processor time of the
+process): the decode rate of each in megapixels per second, per filter (a file counts for the coding that
+has most of its pixels), over all files and over those with at least a megapixel.
 """
 import argparse
 import collections
 import concurrent.futures
 import math
 import os
+import resource
 import struct
 import subprocess
 import sys
@@ -229,6 +234,56 @@ def compare_file(args, path, password, wanted):
     return results
 
 
+def speed_file(args, path, password, wanted):
+    """Per file: the dominant coding by pixels, and (pixels, processor seconds) of each tool,
+    each the best of args.speed runs. Both tools write PNM files to a RAM-backed folder."""
+    images, _ = pdfimages_list(path, password, args.timeout)
+    if not images:
+        return None
+    by_enc = collections.Counter()
+    for i in images:
+        by_enc[i["enc"]] += i["w"] * i["h"]
+    enc, _ = by_enc.most_common(1)[0]
+    if enc not in wanted:
+        return None
+    # pdfimages decodes every use of an image; imgdump every image XObject once.
+    peer_pixels = sum(i["w"] * i["h"] for i in images)
+    ours_pixels = sum(i["w"] * i["h"] for i in {(i["obj"], i["type"]): i for i in images
+                                                if i["obj"] is not None}.values())
+    best = {}
+    base = "/dev/shm" if os.path.isdir("/dev/shm") else None
+    for tool in ("peer", "ours"):
+        times = []
+        for _ in range(args.speed):
+            with tempfile.TemporaryDirectory(dir=base) as tmp:
+                if tool == "peer":
+                    cmd = ["pdfimages", "-q"] + (["-upw", password] if password else []) + [path, tmp + "/p"]
+                else:
+                    cmd = [args.imgdump] + (["--password", password] if password else []) + ["--all", path, tmp + "/o"]
+                # Processor time (user and system) of the tool: the machine may be shared.
+                before = resource.getrusage(resource.RUSAGE_CHILDREN)
+                run(cmd, args.timeout)
+                after = resource.getrusage(resource.RUSAGE_CHILDREN)
+                times.append(after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime)
+        best[tool] = min(times)
+    return enc, peer_pixels, best["peer"], ours_pixels, best["ours"]
+
+
+def report_speed(rows):
+    print("%-6s %5s %9s %11s %9s %11s %9s %7s" % ("filter", "files", "peer Mpx", "peer s", "peer Mpx/s",
+                                                  "ours s", "ours Mpx/s", "ratio"))
+    for enc in sorted({r[0] for r in rows}):
+        for label, sel in (("", [r for r in rows if r[0] == enc]),
+                           (" >=1Mpx", [r for r in rows if r[0] == enc and r[1] >= 1e6])):
+            if not sel:
+                continue
+            pp, pt = sum(r[1] for r in sel), sum(r[2] for r in sel)
+            op, ot = sum(r[3] for r in sel), sum(r[4] for r in sel)
+            pr, orate = pp / pt / 1e6, op / ot / 1e6
+            print("%-6s %5d %9.1f %11.3f %9.1f %11.3f %9.1f %7.2f%s" % (
+                enc, len(sel), pp / 1e6, pt, pr, ot, orate, orate / pr, label))
+
+
 def manifest_files(corpus, wanted):
     features = {FEATURE_OF[w] for w in wanted}
     rows = []
@@ -254,12 +309,21 @@ def main():
     ap.add_argument("--timeout", type=float, default=60)
     ap.add_argument("--jobs", type=int, default=1)
     ap.add_argument("--verbose", action="store_true")
+    ap.add_argument("--speed", type=int, default=0, metavar="N",
+                    help="instead of comparing pixels, time both tools (best of N runs each) and "
+                         "report decode rates per filter, in megapixels per second")
     ap.add_argument("inputs", nargs="+")
     args = ap.parse_args()
     wanted = set(args.filters.split(","))
     files = []
     for i in args.inputs:
         files += manifest_files(i, wanted) if os.path.isdir(i) else [(i, None)]
+    if args.speed:
+        rows = [r for r in (speed_file(args, f, pw, wanted) for f, pw in files) if r]
+        print("files: %d; pdfimages (PNM) against imgdump --all (PNM), processor time, best of %d"
+              % (len(files), args.speed))
+        report_speed(rows)
+        return 0
     results = []
     with concurrent.futures.ThreadPoolExecutor(args.jobs) as pool:
         for rs in pool.map(lambda f: compare_file(args, f[0], f[1], wanted), files):
