@@ -45,7 +45,7 @@ void FillBits(UInt8* row, int x0, int x1, int value) {
 }  // namespace
 
 CCITTFaxDecode::CCITTFaxDecode(std::unique_ptr<Filter> input, const CCITTFaxParams& p)
-    : ReaderBufFilter(std::move(input), 0),
+    : BufFilter(std::move(input), 0, true),
       m_K(p.k),
       m_EndOfLine(p.end_of_line),
       m_EncodedByteAlign(p.encoded_byte_align),
@@ -89,14 +89,27 @@ void CCITTFaxDecode::StartState() {
 }
 
 void CCITTFaxDecode::Reset() {
-    ReaderBufFilter::Reset();
+    BufFilter::Reset();
+    GiveBack();
     StartState();
+}
+
+int CCITTFaxDecode::NextByte() {
+    if (m_in_pos == m_in_size) {
+        if (!m_attached) return -1;
+        if (m_in_size) m_attached->Consume(m_in_size);
+        m_in_pos = 0;
+        m_in_size = m_attached->Size();
+        if (m_in_size == 0) return -1;
+        m_in = m_attached->Begin();
+    }
+    return m_in[m_in_pos++];
 }
 
 bool CCITTFaxDecode::Need(int n) {
     while (m_nbits < n) {
         if (m_input_end) return false;
-        const int b = m_reader.Get();
+        const int b = NextByte();
         if (b < 0) {
             m_input_end = true;
             return false;
@@ -105,6 +118,32 @@ bool CCITTFaxDecode::Need(int n) {
         m_nbits += 8;
     }
     return true;
+}
+
+void CCITTFaxDecode::GiveBack() {
+    if (!m_attached || m_in_size == 0) return;
+    // Whole bytes held but not decoded yet, as far as they are in the current window.
+    const size_t unused = std::min(size_t(m_nbits) / 8, m_in_pos);
+    m_attached->Consume(m_in_pos - unused);
+    m_nbits -= int(unused * 8);
+    m_acc = m_nbits ? m_acc & ~(~UInt64(0) >> m_nbits) : 0;
+    m_in = nullptr;
+    m_in_size = m_in_pos = 0;
+}
+
+void CCITTFaxDecode::AttachFilter(std::unique_ptr<Filter> filter) {
+    GiveBack();
+    m_attached = std::move(filter);
+}
+
+std::unique_ptr<Filter> CCITTFaxDecode::ReleaseAttachedFilter() {
+    GiveBack();
+    return std::move(m_attached);
+}
+
+void CCITTFaxDecode::Flush() {
+    GiveBack();
+    if (m_attached) m_attached->Flush();
 }
 
 bool CCITTFaxDecode::SkipEol() {

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "Filters/CCITTFaxTables.h"
-#include "Filters/ReaderBufFilter.h"
+#include "Filters/Filter.h"
 
 namespace lum::Filters {
 
@@ -28,7 +28,7 @@ struct CCITTFaxParams {
     Int64 damaged_rows_before_error = 0;
 };
 
-class CCITTFaxDecode : public ReaderBufFilter {
+class CCITTFaxDecode : public BufFilter {
 public:
     // Raises when Columns is negative or above Limits::kMaxFaxColumns.
     CCITTFaxDecode(std::unique_ptr<Filter> input, const CCITTFaxParams& params);
@@ -36,6 +36,11 @@ public:
 
     const char* GetName() const override { return "CCITTFaxDecode"; }
     void Reset() override;
+    // Hand the whole bytes read ahead of the decoding back to the input first, so that what
+    // follows the coded data (the end of an inline image) stays for the next reader.
+    void AttachFilter(std::unique_ptr<Filter> filter) override;
+    std::unique_ptr<Filter> ReleaseAttachedFilter() override;
+    void Flush() override;
 
 protected:
     size_t Process() override;
@@ -45,9 +50,11 @@ private:
     enum RowEnd { e_row_done, e_row_eol, e_row_bad, e_row_data_end };
 
     // Bit input, most significant bit first: m_acc holds m_nbits bits of the data at its top,
-    // zeros below them. Bytes are pulled only when a code needs them, so a decoder that ends
-    // leaves the bytes behind its data unread (inline images go on behind them).
+    // zeros below them. Bytes are pulled one at a time from the input's window, only when a
+    // code needs them.
     bool Need(int n);
+    int NextByte();
+    void GiveBack();
     UInt32 Peek(int n) const { return static_cast<UInt32>(m_acc >> (64 - n)); }
     void Drop(int n) {
         m_acc <<= n;
@@ -95,6 +102,9 @@ private:
     UInt64 m_acc = 0;
     int m_nbits = 0;
     bool m_input_end = false;
+    const UInt8* m_in = nullptr;  // the input's window, m_in_pos of its m_in_size bytes taken
+    size_t m_in_size = 0;
+    size_t m_in_pos = 0;
 
     Int64 m_rows_done = 0;
     Int64 m_damaged = 0;

@@ -231,6 +231,22 @@ TEST(CCITTFaxDecode, ImpossibleRunsAndColumnsRaise) {
     EXPECT_EQ(Decode("", p), "");
 }
 
+TEST(CCITTFaxDecode, BytesBehindTheDataStayWithTheInput) {
+    // One two-dimensional row of 12 bits; its last code made the decoder look at 7 more bits,
+    // into the byte behind the data. That byte goes back to the input (an inline image's end).
+    CCITTFaxParams p;
+    p.k = -1;
+    p.columns = 8;
+    p.rows = 1;
+    for (size_t window : {size_t(1) << 20, size_t(1)}) {
+        CCITTFaxDecode d(Source(Bits("001 0111 011 1") + " EI Q", window), p);
+        EXPECT_EQ(Hex(ReadAll(d)), "C3 ");
+        d.Flush();
+        auto rest = d.ReleaseAttachedFilter();
+        EXPECT_EQ(ReadAll(*rest), " EI Q") << window;
+    }
+}
+
 TEST(CCITTFaxDecode, RepeatedRowsAreBounded) {
     CCITTFaxParams p;
     p.columns = lum::Limits::kMaxFaxColumns;

@@ -8,6 +8,11 @@
 //   imgdump [--password PW] --list FILE         one line per image XObject
 //   imgdump [--password PW] --coded FILE OBJ OUT the coded image data: the stream with every
 //                                               stage but the last (the image decoder) undone
+//   imgdump [--password PW] --inline FILE PAGE [PREFIX]
+//                                               the inline images of page PAGE, in the order
+//                                               they are drawn (forms and Type 3 glyphs
+//                                               entered), as PREFIX-INDEX.pnm; reported with
+//                                               "inline:INDEX" for OBJ
 //
 // The file holds the samples as the filter chain delivers them, with a header that fits:
 // 1 bit gray as P4 (a sample 0 is written black), other gray as P5, three components as P6,
@@ -19,6 +24,7 @@
 // Each image adds a line to standard output:
 //   OBJ WIDTH HEIGHT COMPONENTS BITS FILTER DELIVERED NEEDED SECONDS [error: TEXT]
 // Exit status: 0 when every image asked for decoded, 1 otherwise, 2 for a usage error.
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -32,6 +38,11 @@
 #include "Filters/FilterReader.h"
 #include "Filters/JPXDecode.h"
 #include "Filters/MappedFile.h"
+#include "PDF/ElementReader.h"
+#include "PDF/Font/Font.h"
+#include "PDF/PDFDoc.h"
+#include "PDF/Page.h"
+#include "PDF/PageIterator.h"
 #include "SDF/DocImpl.h"
 #include "SDF/ImageColorInfo.h"
 #include "SDF/Obj.h"
@@ -169,6 +180,92 @@ bool Dump(SDF::Obj* image, UInt32 num, const std::string& path) {
     return error.empty();
 }
 
+// The inline images of a page, through the element reader, each written as it is met.
+class InlineWalk {
+public:
+    InlineWalk(std::string prefix) : m_prefix(std::move(prefix)) {}
+
+    bool Page(PDF::Page& page) {
+        PDF::ElementReader reader;
+        try {
+            reader.Begin(page);
+            Walk(reader, 0);
+            reader.End();
+        } catch (const Common::Exception& e) {
+            std::printf("page ended: %s\n", e.GetMessage().c_str());
+            return false;
+        }
+        return m_ok;
+    }
+
+private:
+    // Forms and glyph procedures nest; real files stay far below this.
+    static constexpr int kMaxDepth = 32;
+
+    void Walk(PDF::ElementReader& reader, int depth) {
+        while (PDF::Element* e = reader.Next()) {
+            const PDF::Element::Type type = e->GetType();
+            if (type == PDF::Element::e_inline_image) {
+                Write(*e);
+            } else if (type == PDF::Element::e_form && depth < kMaxDepth) {
+                reader.FormBegin();
+                Walk(reader, depth + 1);
+                reader.End();
+            } else if (type == PDF::Element::e_text && depth < kMaxDepth) {
+                const PDF::Font& font = e->GetGState().GetFont();
+                if (!font || font.GetType() != PDF::Font::e_Type3) continue;
+                // A Type 3 glyph may draw inline images, each time the glyph is shown.
+                PDF::CharData it, end;
+                e->GetCharIterator(it);
+                e->GetCharIteratorEnd(end);
+                for (; it != end; ++it) {
+                    reader.Type3FontBegin(it);
+                    Walk(reader, depth + 1);
+                    reader.End();
+                }
+            }
+        }
+    }
+
+    void Write(PDF::Element& e) {
+        Shape s;
+        s.width = size_t(std::max(0, e.GetImageWidth()));
+        s.height = size_t(std::max(0, e.GetImageHeight()));
+        s.components = std::max(1, e.GetComponentNum());
+        s.bits = e.GetBitsPerComponent();
+        const size_t have = size_t(std::max(0, e.GetImageDataSize()));
+        const size_t need = s.RowBytes() * s.height;
+        const int index = m_index++;
+        std::string error;
+        if (s.bits != 1 && s.bits != 2 && s.bits != 4 && s.bits != 8 && s.bits != 16) error = "bits per component";
+        if (error.empty() && !m_prefix.empty()) {
+            const std::string path = m_prefix + "-" + std::to_string(index) + ".pnm";
+            if (std::FILE* out = std::fopen(path.c_str(), "wb")) {
+                WriteHeader(out, s);
+                std::vector<UInt8> row(s.RowBytes()), tmp;
+                const UInt8* data = e.GetImageData();
+                for (size_t y = 0; y < s.height; ++y) {
+                    const size_t at = y * row.size();
+                    std::memset(row.data(), 0, row.size());
+                    if (at < have) std::memcpy(row.data(), data + at, std::min(row.size(), have - at));
+                    WriteRow(out, s, row.data(), tmp);
+                }
+                std::fclose(out);
+            } else {
+                error = "cannot write " + path;
+            }
+        }
+        std::printf("inline:%d %zu %zu %d %d inline %zu %zu 0%s%s\n", index, s.width, s.height,
+                    s.components, s.bits, std::min(have, need), need, error.empty() ? "" : " error: ",
+                    error.c_str());
+        m_ok = m_ok && error.empty();
+    }
+
+    std::string m_prefix;
+    int m_index = 0;
+    bool m_ok = true;
+};
+
 bool WriteCoded(SDF::Obj* image, const std::string& path) {
     std::unique_ptr<Filters::Filter> chain = image->GetDecodedStream(true);
     std::FILE* out = std::fopen(path.c_str(), "wb");
@@ -185,7 +282,8 @@ int Usage() {
                  "usage: imgdump [--password PW] FILE OBJ [OUT]\n"
                  "       imgdump [--password PW] --all FILE [PREFIX]\n"
                  "       imgdump [--password PW] --list FILE\n"
-                 "       imgdump [--password PW] --coded FILE OBJ OUT\n");
+                 "       imgdump [--password PW] --coded FILE OBJ OUT\n"
+                 "       imgdump [--password PW] --inline FILE PAGE [PREFIX]\n");
     return 2;
 }
 
@@ -199,10 +297,26 @@ int main(int argc, char** argv) {
         if (std::strcmp(argv[i], "--password") == 0 && i + 1 < argc)
             password = argv[++i];
         else if (std::strcmp(argv[i], "--all") == 0 || std::strcmp(argv[i], "--list") == 0 ||
-                 std::strcmp(argv[i], "--coded") == 0)
+                 std::strcmp(argv[i], "--coded") == 0 || std::strcmp(argv[i], "--inline") == 0)
             mode = argv[i] + 2;
         else
             args.push_back(argv[i]);
+    }
+    if (mode == "inline") {
+        if (args.size() < 2 || args.size() > 3) return Usage();
+        try {
+            PDF::PDFDoc doc(args[0]);
+            if (password) doc.InitStdSecurityHandler(UString(password, -1, enc_ascii));
+            PDF::PageIterator it = doc.GetPageIterator(std::atoi(args[1].c_str()));
+            if (it == doc.GetPageIteratorEnd() || !it->IsValid()) {
+                std::fprintf(stderr, "imgdump: no page %s\n", args[1].c_str());
+                return 1;
+            }
+            return InlineWalk(args.size() > 2 ? args[2] : "").Page(*it) ? 0 : 1;
+        } catch (const Common::Exception& e) {
+            std::fprintf(stderr, "imgdump: %s: %s\n", args[0].c_str(), e.GetMessage().c_str());
+            return 1;
+        }
     }
     const bool one_image = mode.empty() || mode == "coded";
     if (args.empty() || (one_image && args.size() < 2) || args.size() > (one_image ? 3 : 2) ||
