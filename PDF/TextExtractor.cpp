@@ -170,6 +170,8 @@ void TextExtractor::Begin(const Page& page, const Rect* clip, UInt32 flags) {
     if (captured) mp_engine->Finish(*mp_impl, mp_measure.get());
 }
 
+void TextExtractor::SetCaptureTrace(CaptureTrace* trace) { mp_engine->Capture().SetTrace(trace); }
+
 UInt32 TextExtractor::GetWordCount() const { return mp_impl->GetWordCount(); }
 
 void TextExtractor::GetAsText(UString& out, bool dehyphen) const {

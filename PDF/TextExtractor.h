@@ -20,6 +20,7 @@ class TextExtractorImpl;
 class TextEngine;
 class PageNumberCache;
 class MetricGlyphMeasure;
+class CaptureTrace;
 struct StyleRecord;
 
 class TextExtractor {
@@ -133,6 +134,9 @@ public:
     // The mirror matrix of the last Begin in mirror mode, and its inverse; identity otherwise.
     const Common::Matrix2D& GetMirrorMatrix() const { return m_mirror; }
     const Common::Matrix2D& GetMirrorInverse() const { return m_mirror_inverse; }
+
+    // For developer tools: every captured character and run of the following Begin calls.
+    void SetCaptureTrace(CaptureTrace* trace);
 
     // The store, for the engine's own writers.
     const TextExtractorImpl& Store() const { return *mp_impl; }

@@ -114,6 +114,11 @@ void TextCapture::AddChar(const CaptureChar& c) {
         return;
     if (IsOutside(test_box, *m_el.clip)) return;
 
+    if (mp_trace) {
+        double ox = c.x, oy = c.y;
+        t.Mult(ox, oy);
+        mp_trace->Char(c.units, c.unit_count, ox, oy, page_box, !c.has_outline);
+    }
     Rect layout_box = layout_box_raw;
     if (m_mirror_mode) {
         layout_box.x1 = m_mirror_width - layout_box_raw.x2;
@@ -141,6 +146,7 @@ void TextCapture::WhiteSpace(const CaptureChar& c, const Rect& box, const Rect& 
     }
     if (m_pending_space && mp_run) {
         // A second blank in a row ends the run as it stands, with the quad of its fragments.
+        if (mp_trace) mp_trace->Run(*mp_run, m_el.direction);
         m_builder.AddRun(mp_run, m_el.direction, m_el.adjustment);
         mp_run = nullptr;
     }
@@ -215,6 +221,7 @@ void TextCapture::PassRun() {
     EndFragment();
     if (mp_run) {
         SetRunBox();
+        if (mp_trace) mp_trace->Run(*mp_run, m_el.direction);
         m_builder.AddRun(mp_run, m_el.direction, m_el.adjustment);
         mp_run = nullptr;
     }

@@ -49,6 +49,17 @@ struct CaptureChar {
     bool last = false;  // the element's last character
 };
 
+// A developer's view of the capture: each character that passed the clip test, and each run
+// as it goes to the layout.
+class CaptureTrace {
+public:
+    virtual ~CaptureTrace() = default;
+    // The character's units, its origin and glyph box in the page frame, and whether it is blank.
+    virtual void Char(const Unicode* units, int count, double x, double y, const Rect& box,
+                      bool blank) = 0;
+    virtual void Run(const TRun& run, int direction) = 0;
+};
+
 class TextCapture {
 public:
     TextCapture(GlyphArena& arena, BlockPool& pool, LayoutBuilder& builder)
@@ -72,6 +83,8 @@ public:
     // walk starts without it.
     bool PendingSpace() const { return m_pending_space; }
     void SetPendingSpace(bool on) { m_pending_space = on; }
+
+    void SetTrace(CaptureTrace* trace) { mp_trace = trace; }
 
     const Matrix2D& Mirror() const { return m_mirror; }
     const Matrix2D& MirrorInverse() const { return m_mirror_inverse; }
@@ -110,6 +123,7 @@ private:
     Rect m_element_box;  // text frame
     WordFrag m_frag;
     TRun* mp_run = nullptr;
+    CaptureTrace* mp_trace = nullptr;
 };
 
 }  // namespace lum::PDF
