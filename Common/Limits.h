@@ -216,4 +216,26 @@ inline constexpr std::uint32_t kMaxCMapValueUnits = 256;
 // units per code needs 655,360.
 inline constexpr std::size_t kMaxCMapValues = std::size_t(4) << 20;
 
+// --- Colour spaces and functions ---
+
+// Levels. Functions inside functions (stitching) and colour spaces inside colour spaces
+// (an Indexed base, an alternate space). Real files nest two or three; a reference cycle
+// would otherwise nest for ever.
+inline constexpr int kMaxColorNesting = 8;
+
+// Values. The sample table of one sampled function (the product of its Size entries times its
+// outputs). A table is read whole, at 8 bytes a value, so this keeps it at 32 MiB; a hostile
+// Size asking for 2^31 points is refused instead of read.
+inline constexpr std::uint64_t kMaxFunctionSamples = std::uint64_t(1) << 22;
+
+// Inputs. A sampled function with more inputs than this is read by its nearest sample instead
+// of interpolating between the 2^inputs corners around a point.
+inline constexpr int kMaxInterpolatedInputs = 8;
+
+// Tokens and values. The program of one PostScript calculator function, and its operand
+// stack (the standard's own limit is 100). The program has no loops, so its length bounds the
+// work of one evaluation.
+inline constexpr std::size_t kMaxCalculatorTokens = 65536;
+inline constexpr std::size_t kMaxCalculatorStack = 100;
+
 }  // namespace lum::Limits

@@ -1,0 +1,15 @@
+#pragma once
+// Type 4 functions: a program in a small subset of PostScript (arithmetic, comparisons,
+// stack operators, if and ifelse; no loops).
+#include <memory>
+
+namespace lum::SDF { class Obj; }
+
+namespace lum::PDF::Color {
+
+class Function;
+
+// Reads the program of `stream`; raises when it can't be parsed or breaks a bound.
+std::unique_ptr<Function> CreateCalculator(SDF::Obj* stream);
+
+}  // namespace lum::PDF::Color
