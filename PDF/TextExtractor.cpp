@@ -8,6 +8,7 @@
 #include "Common/UString.h"
 #include "PDF/Text/TextEngine.h"
 #include "PDF/Text/TextExtractorImpl.h"
+#include "PDF/Color/ColorSpaceImpl.h"
 #include "PDF/Text/GlyphMeasure.h"
 #include "PDF/Text/PageCollector.h"
 #include "PDF/Text/PageNumber.h"
@@ -142,7 +143,8 @@ TextExtractor::TextExtractor()
     : mp_impl(std::make_unique<TextExtractorImpl>()),
       mp_engine(std::make_unique<TextEngine>()),
       mp_numbers(std::make_unique<PageNumberCache>()),
-      mp_measure(std::make_unique<MetricGlyphMeasure>()) {}
+      mp_measure(std::make_unique<MetricGlyphMeasure>()),
+      mp_colors(std::make_unique<Color::ColorSpaceCache>()) {}
 
 TextExtractor::~TextExtractor() = default;
 
@@ -155,13 +157,14 @@ void TextExtractor::Begin(const Page& page, const Rect* clip, UInt32 flags) {
         return;
     }
     m_page = page;
-    // Glyph measures belong to one document.
+    // Glyph measures and colour spaces belong to one document.
     const void* doc = page.GetSDFObj()->GetDoc();
     if (doc != mp_measured_doc) {
         mp_measure = std::make_unique<MetricGlyphMeasure>();
+        mp_colors = std::make_unique<Color::ColorSpaceCache>();
         mp_measured_doc = doc;
     }
-    PageCollector collector(*mp_engine, *mp_measure);
+    PageCollector collector(*mp_engine, *mp_measure, *mp_colors);
     const bool captured = collector.Scan(page, clip, flags, m_mirror_mode);
     if (m_mirror_mode) {
         m_mirror = mp_engine->Capture().Mirror();

@@ -5,7 +5,7 @@
 
 #include "Common/Exception.h"
 #include "PDF/CharData.h"
-#include "PDF/Color/ColorToRGB.h"
+#include "PDF/Color/ColorSpaceImpl.h"
 #include "PDF/Color/DeviceColor.h"
 #include "PDF/ContentResources.h"
 #include "PDF/Element.h"
@@ -208,7 +208,7 @@ void PageCollector::SetColor(Element& e, CaptureElement& el) {
     GState& gs = e.GetGState();
     double rgb[3];
     // A pattern keeps the colour of the element before.
-    if (Color::ToRGB(gs.GetFillColorSpace(), gs.GetFillColor(), rgb)) {
+    if (m_colors.ToRGB(gs.GetFillColorSpace(), gs.GetFillColor(), rgb)) {
         m_red = Color::ColorByte(rgb[0]);
         m_green = Color::ColorByte(rgb[1]);
         m_blue = Color::ColorByte(rgb[2]);

@@ -17,10 +17,14 @@ class Element;
 class ElementReader;
 class Page;
 class TextEngine;
+namespace Color {
+class ColorSpaceCache;
+}
 
 class PageCollector {
 public:
-    PageCollector(TextEngine& engine, GlyphMeasure& measure) : m_engine(engine), m_measure(measure) {}
+    PageCollector(TextEngine& engine, GlyphMeasure& measure, Color::ColorSpaceCache& colors)
+        : m_engine(engine), m_measure(measure), m_colors(colors) {}
 
     // Captures the page within `clip` (page frame) when given. False when the clip box misses
     // the page: nothing was captured. An exception of the reader's Begin leaves to the caller;
@@ -61,6 +65,7 @@ private:
 
     TextEngine& m_engine;
     GlyphMeasure& m_measure;
+    Color::ColorSpaceCache& m_colors;
     UInt32 m_flags = 0;
     Int64 m_element_counter = 0;
     std::vector<Rect> m_clips;
