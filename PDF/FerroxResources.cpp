@@ -1,9 +1,12 @@
 #include "PDF/FerroxResources.h"
 
+#include <map>
 #include <memory>
+#include <vector>
 
 #include "Common/Exception.h"
 #include "Filters/ExtBufInputFilter.h"
+#include "Filters/FilterReader.h"
 #include "PDF/Font/CMapStm.h"
 #include "PDF/ResourceData.h"
 #include "SDF/Obj.h"
@@ -15,8 +18,24 @@ namespace {
 
 struct ResImpl {
     static std::unique_ptr<SDF::SDFDoc> gl_ferrox_resources;
+    // Unpacked predefined CMaps. Each font that names one builds a CMap of its own, and the
+    // unpacking costs twice the parsing: a document of two hundred fonts on one CMap unpacks
+    // it once. The CMaps themselves are not kept.
+    static std::map<SDF::Obj*, std::vector<UInt8>> gl_unpacked;
 };
 std::unique_ptr<SDF::SDFDoc> ResImpl::gl_ferrox_resources;
+std::map<SDF::Obj*, std::vector<UInt8>> ResImpl::gl_unpacked;
+
+const std::vector<UInt8>& Unpacked(SDF::Obj* stm) {
+    auto found = ResImpl::gl_unpacked.find(stm);
+    if (found != ResImpl::gl_unpacked.end()) return found->second;
+    auto chain = stm->GetDecodedStream();
+    Filters::FilterReader reader(chain.get());
+    std::vector<UInt8> bytes;
+    UInt8 buf[65536];
+    for (size_t n; (n = reader.Read(buf, sizeof buf)) > 0;) bytes.insert(bytes.end(), buf, buf + n);
+    return ResImpl::gl_unpacked[stm] = std::move(bytes);
+}
 
 // Opens on demand and raises when the document isn't there even then.
 SDF::SDFDoc& RequireResources() {
@@ -54,6 +73,7 @@ bool LoadResources() {
 
 void UnloadResources() {
     std::lock_guard<std::recursive_mutex> lock(GetResourceLock());
+    ResImpl::gl_unpacked.clear();
     ResImpl::gl_ferrox_resources.reset();
 }
 
@@ -84,7 +104,9 @@ std::unique_ptr<Fnt::CMap> GetCMap(const char* name) {
     if (!ResImpl::gl_ferrox_resources) return nullptr;
     SDF::Obj* stm = GetCMapStream(name);
     LUM_CHECK(stm, "Unknown CMap");
-    return std::make_unique<Fnt::CMapStm>(stm, name);
+    const std::vector<UInt8>& bytes = Unpacked(stm);
+    return std::make_unique<Fnt::CMapStm>(
+        stm, name, std::make_unique<Filters::ExtBufInputFilter>(bytes.data(), bytes.size()));
 }
 
 }  // namespace lum::PDF::Resource

@@ -9,11 +9,13 @@
 namespace lum::PDF::Fnt {
 
 // The parser's reading of the stream lives in CMapStmParser.cpp.
-void ParseCMapStream(CMapStm& cmap, SDF::Obj* stm);
+void ParseCMapStream(CMapStm& cmap, Filters::Filter* data);
 
-CMapStm::CMapStm(SDF::Obj* stm, std::string name) : mp_stream(stm), m_name(std::move(name)) {
+CMapStm::CMapStm(SDF::Obj* stm, std::string name, std::unique_ptr<Filters::Filter> data)
+    : mp_stream(stm), m_name(std::move(name)) {
     LUM_CHECK(stm && stm->IsStream(), "Invalid CMap: not a stream");
-    ParseCMapStream(*this, stm);
+    if (!data) data = stm->GetDecodedStream();
+    ParseCMapStream(*this, data.get());
     Finish();
     // The dictionary's UseCMap replaces what a usecmap operator set.
     if (SDF::Obj* use = stm->FindObj("UseCMap")) mp_parent = CMap::Create(use);

@@ -9,6 +9,7 @@
 // one. Ranges are never expanded, so a range over millions of codes costs two entries.
 #include <vector>
 
+#include "Filters/Filter.h"
 #include "PDF/Font/CMap.h"
 
 namespace lum::PDF::Fnt {
@@ -16,8 +17,9 @@ namespace lum::PDF::Fnt {
 class CMapStm final : public CMap {
 public:
     // Parses the decoded stream `stm` (which must outlive the CMap); `name` is the resource
-    // name of a predefined CMap, empty for a stream of the document. Raises on a damaged CMap.
-    CMapStm(SDF::Obj* stm, std::string name = {});
+    // name of a predefined CMap, empty for a stream of the document. `data`, when given, is
+    // the stream's decoded bytes already at hand. Raises on a damaged CMap.
+    CMapStm(SDF::Obj* stm, std::string name = {}, std::unique_ptr<Filters::Filter> data = nullptr);
     ~CMapStm() override;
 
     UInt32 MapToCID(UInt32 code) const override;

@@ -390,9 +390,8 @@ void CMapStmParser::ParseCMap() {
     ClearStack();
 }
 
-void ParseCMapStream(CMapStm& cmap, SDF::Obj* stm) {
-    std::unique_ptr<Filters::Filter> data = stm->GetDecodedStream();
-    CMapStmParser parser(data.get(), cmap);
+void ParseCMapStream(CMapStm& cmap, Filters::Filter* data) {
+    CMapStmParser parser(data, cmap);
     parser.ParseCMap();
 }
 
