@@ -216,6 +216,11 @@ inline constexpr std::uint32_t kMaxCMapValueUnits = 256;
 // units per code needs 655,360.
 inline constexpr std::size_t kMaxCMapValues = std::size_t(4) << 20;
 
+// Levels. Type 3 glyphs measured inside one another: a glyph that shows text in a Type 3 font
+// is measured by running that glyph's content. A glyph showing itself is caught by the set of
+// glyphs in progress; this bounds chains through many fonts. Real fonts nest one level.
+inline constexpr int kMaxType3GlyphNesting = 8;
+
 // --- Colour spaces and functions ---
 
 // Levels. Functions inside functions (stitching) and colour spaces inside colour spaces

@@ -126,6 +126,20 @@ bool Font::GetGlyphIndex(UInt32 code, UInt32& index) const {
     return impl.GetGlyphIndex(code, index);
 }
 
+bool Font::GetGlyphPath(UInt32 code, std::vector<UInt8>& operators, std::vector<double>& points,
+                        bool conics_to_cubics, const Common::Matrix2D* matrix, bool code_is_glyph,
+                        UInt32* glyph) const {
+    LUM_FONT_IMPL();
+    return impl.GetGlyphPath(code, operators, points, conics_to_cubics, matrix, code_is_glyph, glyph);
+}
+bool Font::HasGlyph(UInt32 code) const { LUM_FONT_IMPL(); return impl.HasGlyph(code); }
+double Font::GetBuiltInWidth(UInt32 code) const { LUM_FONT_IMPL(); return impl.GetBuiltInWidth(code); }
+double Font::GetGlyphWidthByName(const char* name) const { LUM_FONT_IMPL(); return impl.GetGlyphWidthByName(name); }
+double Font::GetGIDHorzAdvance(UInt32 gid) const { LUM_FONT_IMPL(); return impl.GetGIDHorzAdvance(gid); }
+double Font::GetGIDVertAdvance(UInt32 gid) const { LUM_FONT_IMPL(); return impl.GetGIDVertAdvance(gid); }
+double Font::GetGIDDescender(UInt32 gid) const { LUM_FONT_IMPL(); return impl.GetGIDDescender(gid); }
+double Font::GetSubstGlyphWidth(UInt32 value) const { LUM_FONT_IMPL(); return impl.GetSubstGlyphWidth(value); }
+
 void Font::SetGIDMap(bool enabled, UInt32 value) { LUM_FONT_IMPL(); impl.SetGIDMap(enabled, value); }
 
 std::recursive_mutex& Font::GetFontMutex() const { LUM_FONT_IMPL(); return impl.GetFontMutex(); }

@@ -5,6 +5,7 @@
 // reference); every operation on an empty handle raises "Bad font".
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "Common/Matrix2D.h"
 #include "Common/Types.h"
@@ -119,6 +120,19 @@ public:
     int MapToCID(const UInt8* bytes, UInt32 length, UInt32& code, UInt32& cid) const;
     UInt32 MapToCID(UInt32 code) const;
     bool GetGlyphIndex(UInt32 code, UInt32& index) const;
+    // The outline of a code's glyph (or of glyph index `code` when `code_is_glyph`): operators
+    // (FontSupport::PathOperator) and points, y downwards; `matrix`, when given, goes last.
+    // An empty glyph is true with empty vectors; false when no outline can be given.
+    bool GetGlyphPath(UInt32 code, std::vector<UInt8>& operators, std::vector<double>& points,
+                      bool conics_to_cubics = true, const Common::Matrix2D* matrix = nullptr,
+                      bool code_is_glyph = false, UInt32* glyph = nullptr) const;
+    bool HasGlyph(UInt32 code) const;
+    double GetBuiltInWidth(UInt32 code) const;
+    double GetGlyphWidthByName(const char* name) const;
+    double GetGIDHorzAdvance(UInt32 gid) const;
+    double GetGIDVertAdvance(UInt32 gid) const;
+    double GetGIDDescender(UInt32 gid) const;
+    double GetSubstGlyphWidth(UInt32 value) const;
 
     void SetGIDMap(bool enabled, UInt32 value);
     std::recursive_mutex& GetFontMutex() const;

@@ -6,7 +6,9 @@
 
 #include "Common/Exception.h"
 #include "Common/UString.h"
+#include "FontSupport/Face.h"
 #include "PDF/Font/CIDFont.h"
+#include "PDF/Font/FontSubstitution.h"
 #include "PDF/Font/SimpleFont.h"
 #include "PDF/Font/Type0Font.h"
 #include "SDF/DocImpl.h"
@@ -281,7 +283,11 @@ std::string FontImpl::GetFamilyName() {
     return out;
 }
 
-int FontImpl::GetUnitsPerEm() { return 1000; }
+int FontImpl::GetUnitsPerEm() {
+    // The face's; a font drawn by a substitute or a standard font is in 1000 per em as well.
+    std::lock_guard<std::recursive_mutex> lock(m_font_mutex);
+    return LoadFontProgram() && mp_face ? mp_face->GetUnitsPerEm() : 1000;
+}
 
 bool FontImpl::HasSubsetTag() {
     const char* name = GetName();
@@ -341,10 +347,6 @@ bool FontImpl::GetGlyphIndex(UInt32, UInt32& index) {
     return false;
 }
 
-bool FontImpl::LoadFontProgram() {
-    // Font programs are opened through the FreeType support layer; until a face exists the
-    // font answers from its dictionaries alone.
-    return false;
-}
+// LoadFontProgram and the glyph roads live in FontGlyphPath.cpp.
 
 }  // namespace lum::PDF

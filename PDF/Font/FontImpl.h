@@ -4,8 +4,10 @@
 // step has a default and swallows damage, so that a broken font still cuts, measures and maps
 // its codes; only what the text can't do without (a descriptor or widths for a font that
 // isn't a standard one, a sane code range) makes the factory raise.
+#include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "Common/Matrix2D.h"
 #include "Common/Types.h"
@@ -15,6 +17,12 @@
 
 namespace lum::SDF {
 class Obj;
+}
+namespace lum::FontSupport {
+class Face;
+}
+namespace lum::PDF::Fnt {
+struct FontSubstitution;
 }
 
 namespace lum::PDF {
@@ -92,6 +100,24 @@ public:
     // Opens the embedded font program; true when a face exists afterwards.
     virtual bool LoadFontProgram();
 
+    // Glyph outlines and the face's metrics (FontGlyphPath.cpp). Outline points are pairs of
+    // doubles with y growing downwards; operators are FontSupport::PathOperator.
+    virtual bool GetGlyphPath(UInt32 code, std::vector<UInt8>& operators,
+                              std::vector<double>& points, bool conics_to_cubics,
+                              const Common::Matrix2D* matrix, bool code_is_glyph, UInt32* glyph);
+    virtual bool HasGlyph(UInt32 code);
+    virtual double GetBuiltInWidth(UInt32 code);
+    virtual double GetGlyphWidthByName(const char* name);
+    virtual double GetGIDHorzAdvance(UInt32 gid);
+    virtual double GetGIDVertAdvance(UInt32 gid);
+    virtual double GetGIDDescender(UInt32 gid);
+    // The advance of a Unicode value in the font's substitute, 1/1000 of the em.
+    virtual double GetSubstGlyphWidth(UInt32 value);
+    // The open face, or null; for callers that hold the font mutex.
+    FontSupport::Face* GetFace() const { return mp_face.get(); }
+    // How a font without a face is drawn, once decided (null before the first need).
+    const Fnt::FontSubstitution* GetSubstitution() const { return mp_subst.get(); }
+
     std::recursive_mutex& GetFontMutex() { return m_font_mutex; }
     void SetGIDMap(bool enabled, UInt32 value) {
         m_gid_map = enabled;
@@ -119,6 +145,21 @@ protected:
     Rect m_bbox;
     bool m_gid_map = false;
     UInt32 m_gid_map_value = 0;
+    // The open font program, and whether it was opened sized (one font unit is 256 outline
+    // units; cleared for good by a failure of TrueType instructions).
+    std::unique_ptr<FontSupport::Face> mp_face;
+    bool m_scaled_outlines = false;
+    // How a font without a face is drawn: decided once, at the first need.
+    std::unique_ptr<Fnt::FontSubstitution> mp_subst;
+
+private:
+    // The glyph roads of a font without a face (FontGlyphPath.cpp).
+    Fnt::FontSubstitution& Substitution();
+    bool GetSubstituteGlyphPath(UInt32 code, std::vector<UInt8>& operators,
+                                std::vector<double>& points, bool conics_to_cubics);
+    bool GetStandardFontGlyphPath(int index, const char* name, double pdf_width,
+                                  std::vector<UInt8>& operators, std::vector<double>& points,
+                                  bool conics_to_cubics);
 };
 
 }  // namespace lum::PDF

@@ -84,6 +84,10 @@ public:
     Rect GetBBox() override { return m_bbox; }
     bool MapToUnicode(UInt32 code, Unicode* units, int capacity, UInt32& count,
                       bool use_tounicode) override;
+    // Raises: a Type 3 glyph is a content stream, not an outline.
+    bool GetGlyphPath(UInt32 code, std::vector<UInt8>& operators, std::vector<double>& points,
+                      bool conics_to_cubics, const Common::Matrix2D* matrix, bool code_is_glyph,
+                      UInt32* glyph) override;
 
 private:
     SDF::Obj* mp_char_procs = nullptr;

@@ -46,6 +46,11 @@ public:
         return m_descendant.GetGlyphIndex(code, index);
     }
     void ReadFontDescriptor() override {}
+    // Embedded: the CID's glyph in the descendant. Not embedded: the code's Unicode value, or
+    // the CID by glyph index, in the descendant's substitute (FontGlyphPath.cpp).
+    bool GetGlyphPath(UInt32 code, std::vector<UInt8>& operators, std::vector<double>& points,
+                      bool conics_to_cubics, const Common::Matrix2D* matrix, bool code_is_glyph,
+                      UInt32* glyph) override;
 
     // Registry-Ordering of the descendant ("Adobe-Japan1"), empty when it gives none.
     const std::string& GetCollection() const { return m_collection; }
