@@ -72,15 +72,28 @@ std::mutex& FcLock() {
     return lock;
 }
 
+// Fontconfig is started at the first need and stopped with the library (StopPlatformFonts),
+// under FcLock.
+bool gl_fc_started = false;
+bool gl_fc_ready = false;
+
 bool FcReady() {
-    static const bool ready = FcInit() == FcTrue;
-    return ready;
+    if (!gl_fc_started) {
+        gl_fc_started = true;
+        gl_fc_ready = FcInit() == FcTrue;
+    }
+    return gl_fc_ready;
 }
 
 // Installed scalable families for a charset, with the aliases whose family is among them;
 // sorted by name so that the first fit doesn't depend on the order of the font folders.
-const std::vector<Candidate>& CandidatesFor(int charset) {
+std::map<int, std::vector<Candidate>>& CandidateCache() {
     static std::map<int, std::vector<Candidate>> cache;
+    return cache;
+}
+
+const std::vector<Candidate>& CandidatesFor(int charset) {
+    auto& cache = CandidateCache();
     auto found = cache.find(charset);
     if (found != cache.end()) return found->second;
     std::vector<Candidate>& out = cache[charset];
@@ -179,6 +192,13 @@ bool Match(const FontRequest& r, int charset, Matched& out) {
 }
 
 }  // namespace
+
+void StopPlatformFonts() {
+    std::lock_guard<std::mutex> lock(FcLock());
+    CandidateCache().clear();
+    if (gl_fc_started && gl_fc_ready) FcFini();
+    gl_fc_started = gl_fc_ready = false;
+}
 
 std::string ReduceFaceName(const std::string& name) {
     std::string out;

@@ -76,6 +76,10 @@ private:
     std::string m_face_name;
 };
 
+// Library stop: fontconfig's configuration and the lists of families go. Fonts made before
+// keep working (they read their files through FreeType).
+void StopPlatformFonts();
+
 // The name as the enumeration compares it: letters and digits only, at most 31 characters.
 std::string ReduceFaceName(const std::string& name);
 

@@ -19,6 +19,7 @@
 #include "Common/Exception.h"
 #include "Common/UnicodeUtils.h"
 #include "FontSupport/FreeTypeLibrary.h"
+#include "FontSupport/PlatformFonts.h"
 #include "PDF/FerroxResources.h"
 #include "PDF/Font/StandardFontFaces.h"
 #include "PDF/Font/StandardFonts.h"
@@ -137,6 +138,7 @@ void Ferrox::Terminate() {
     // The standard fonts' faces read the resource document and live on FreeType: both go after.
     Fnt::ReleaseStandardFontFaces();
     Resource::UnloadResources();
+    FontSupport::StopPlatformFonts();
     FontSupport::FreeTypeLibrary::Done();
     // OpenSSL is left as it is: once cleaned up it can't be started again in this process,
     // and a later Initialize must work.
