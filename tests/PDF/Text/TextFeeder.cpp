@@ -23,13 +23,18 @@ TextFeeder::TextFeeder(UInt32 flags, bool mirror, double mirror_width) {
 }
 
 TextFeeder& TextFeeder::Show(std::string_view text, double x, double y, const FeedElement& e) {
-    std::vector<std::u16string> chars;
-    for (char16_t u : Utf16(text)) chars.push_back(std::u16string(1, u));
-    return ShowUnits(chars, x, y, e);
+    const std::u16string units = Utf16(text);
+    return Feed(units.size(), [&](size_t i) { return std::u16string_view(&units[i], 1); }, x, y, e);
 }
 
 TextFeeder& TextFeeder::ShowUnits(const std::vector<std::u16string>& chars, double x, double y,
                                   const FeedElement& e) {
+    return Feed(chars.size(), [&](size_t i) { return std::u16string_view(chars[i]); }, x, y, e);
+}
+
+template <class Char>
+TextFeeder& TextFeeder::Feed(size_t count, Char char_at, double x, double y,
+                             const FeedElement& e) {
     CaptureElement el;
     ++m_order;
     if (!PDF::SetElementFrames(e.page, e.size, el)) return *this;
@@ -45,19 +50,20 @@ TextFeeder& TextFeeder::ShowUnits(const std::vector<std::u16string>& chars, doub
     el.clip = &m_clip;
     PDF::TextCapture& cap = engine.Capture();
     cap.BeginElement(el);
-    for (size_t i = 0; i < chars.size(); ++i) {
+    for (size_t i = 0; i < count; ++i) {
+        const std::u16string_view ch = char_at(i);
         CaptureChar c;
         c.x = x + double(i) * e.advance * e.size;
         c.y = y;
         c.bytes = 1;
-        c.has_outline = chars[i] != u" ";
+        c.has_outline = ch != u" ";
         c.glyph_box = PDF::Rect(0, -e.ascent * 1000, e.advance * 1000, e.descent * 1000);
         if (!c.has_outline) c.glyph_box = PDF::Rect();
         c.advance_box = PDF::Rect(c.x, c.y - e.descent * e.size, c.x + e.advance * e.size,
                                   c.y + e.ascent * e.size);
-        c.units = reinterpret_cast<const Unicode*>(chars[i].data());
-        c.unit_count = int(chars[i].size());
-        c.last = i + 1 == chars.size();
+        c.units = reinterpret_cast<const Unicode*>(ch.data());
+        c.unit_count = int(ch.size());
+        c.last = i + 1 == count;
         cap.AddChar(c);
     }
     cap.EndElement();

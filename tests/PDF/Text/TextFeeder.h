@@ -4,6 +4,7 @@
 // is a glyph without an outline.
 #include <string>
 #include <string_view>
+#include <cstddef>
 #include <vector>
 
 #include "Common/Matrix2D.h"
@@ -53,6 +54,9 @@ public:
     PDF::TextExtractorImpl store;
 
 private:
+    template <class Char>
+    TextFeeder& Feed(size_t count, Char char_at, double x, double y, const FeedElement& e);
+
     PDF::Rect m_clip{-1e6, -1e6, 1e6, 1e6};
     Int64 m_order = 0;
 };

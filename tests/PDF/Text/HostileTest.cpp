@@ -1,0 +1,121 @@
+// Hostile pages through the capture and the layout: sizes and positions that are no numbers
+// or out of range, pages of extreme size, text drawn twice everywhere. The page's text must
+// still come out, within bounded time.
+#include <gtest/gtest.h>
+
+#include <ctime>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <string>
+
+#include "PDF/Text/TextFeeder.h"
+#include "PDF/Text/TextFlags.h"
+#include "PDF/TextExtractor.h"
+
+namespace PDF = lum::PDF;
+using lum::Common::Matrix2D;
+using lum::test::FeedElement;
+using lum::test::TextFeeder;
+
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr double kSecondsScale = 10;  // sanitized builds run several times slower
+#else
+constexpr double kSecondsScale = 1;
+#endif
+
+// Processor time of this process: the machines that run the tests are shared.
+double Seconds(std::clock_t start) { return double(std::clock() - start) / CLOCKS_PER_SEC; }
+
+FeedElement WithMatrix(double a, double b, double c, double d, double h, double v) {
+    FeedElement e;
+    e.page = Matrix2D(a, b, c, d, h, v);
+    return e;
+}
+
+}  // namespace
+
+TEST(HostileText, MatricesAndPositionsOutOfRange) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double inf = std::numeric_limits<double>::infinity();
+    TextFeeder f;
+    f.Show("huge", 0, 0, WithMatrix(1e308, 0, 0, 1e308, 0, 0));
+    f.Show("nan", 0, 0, WithMatrix(nan, 0, 0, 1, 0, 0));
+    f.Show("inf", 0, 0, WithMatrix(1, 0, 0, 1, inf, 0));
+    f.Show("singular", 0, 0, WithMatrix(0, 0, 0, 0, 100, 100));
+    f.Show("far", 1e300, 5, {});
+    f.Show("nanpos", nan, 700, {});
+    FeedElement flat;
+    flat.size = 0;
+    f.Show("zero", 100, 650, flat);
+    FeedElement negative;
+    negative.size = -10;
+    f.Show("negative", 100, 600, negative);
+    f.Show("kept", 100, 700);
+    f.Finish();
+    const std::string text = f.Text();
+    EXPECT_NE(text.find("kept"), std::string::npos) << text;
+    for (const char* gone : {"huge", "nan\n", "inf", "singular", "far"})
+        EXPECT_EQ(text.find(gone), std::string::npos) << gone << " in " << text;
+}
+
+TEST(HostileText, LargePagesStayLinear) {
+    // 200,000 characters in 2,000 lines of 100, each line drawn as ten elements.
+    std::clock_t start = std::clock();
+    TextFeeder big;
+    const std::string piece = "abcd efgh ";
+    for (int line = 0; line < 2000; ++line)
+        for (int k = 0; k < 10; ++k) big.Show(piece, 50 + 50.0 * k, 7900 - 4.0 * line, [] {
+            FeedElement e;
+            e.size = 3;
+            e.advance = 1.6;
+            return e;
+        }());
+    big.Finish();
+    EXPECT_EQ(big.store.GetWordCount(), 2000u * 20u);
+    EXPECT_LT(Seconds(start), 1.0 * kSecondsScale);
+
+    // A million blanks in one element: nothing to keep, and no time to lose.
+    start = std::clock();
+    TextFeeder blanks;
+    blanks.Show(std::string(1000000, ' '), 0, 700);
+    blanks.Show("after", 0, 600);
+    blanks.Finish();
+    EXPECT_EQ(blanks.Text(), "after\n");
+    EXPECT_LT(Seconds(start), 1.0 * kSecondsScale);
+}
+
+TEST(HostileText, PageDrawnTwice) {
+    // 10,000 runs, then all of them again: every second copy is a duplicate.
+    const auto draw = [](TextFeeder& f) {
+        for (int i = 0; i < 10000; ++i) f.Show("w" + std::to_string(i % 97), 30 + 60.0 * (i % 10), 7900 - 8.0 * (i / 10));
+    };
+    std::clock_t start = std::clock();
+    TextFeeder once, twice;
+    draw(once);
+    draw(twice);
+    draw(twice);
+    once.Finish();
+    twice.Finish();
+    EXPECT_EQ(twice.Text(), once.Text());
+    EXPECT_EQ(twice.store.GetWordCount(), 10000u);
+    EXPECT_LT(Seconds(start), 1.0 * kSecondsScale);
+}
+
+TEST(HostileText, EveryDirectionAndOverlap) {
+    std::mt19937 rng(3);
+    std::uniform_real_distribution<double> pos(0, 600);
+    TextFeeder f;
+    for (int i = 0; i < 2000; ++i) {
+        const double angle = (i % 8) * M_PI / 4;
+        f.Show("dir" + std::to_string(i % 8), 0, 0,
+               WithMatrix(std::cos(angle), std::sin(angle), -std::sin(angle), std::cos(angle),
+                          pos(rng), pos(rng)));
+        // Lines on top of each other, of zero width columns.
+        f.Show("x", 300, 300);
+    }
+    f.Finish();
+    EXPECT_GT(f.store.GetWordCount(), 1900u);
+}
