@@ -9,7 +9,7 @@
 #include "PDF/Text/TextEngine.h"
 #include "PDF/Text/TextExtractorImpl.h"
 #include "PDF/Color/ColorSpaceImpl.h"
-#include "PDF/Text/GlyphMeasure.h"
+#include "PDF/GlyphBoxCache.h"
 #include "PDF/Text/PageCollector.h"
 #include "PDF/Text/PageNumber.h"
 #include "SDF/Obj.h"
@@ -143,7 +143,6 @@ TextExtractor::TextExtractor()
     : mp_impl(std::make_unique<TextExtractorImpl>()),
       mp_engine(std::make_unique<TextEngine>()),
       mp_numbers(std::make_unique<PageNumberCache>()),
-      mp_measure(std::make_unique<MetricGlyphMeasure>()),
       mp_colors(std::make_unique<Color::ColorSpaceCache>()) {}
 
 TextExtractor::~TextExtractor() = default;
@@ -157,20 +156,20 @@ void TextExtractor::Begin(const Page& page, const Rect* clip, UInt32 flags) {
         return;
     }
     m_page = page;
-    // Glyph measures and colour spaces belong to one document.
+    // Colour spaces are read once per document; glyph boxes are the document's own.
     const void* doc = page.GetSDFObj()->GetDoc();
-    if (doc != mp_measured_doc) {
-        mp_measure = std::make_unique<MetricGlyphMeasure>();
+    if (doc != mp_colors_doc) {
         mp_colors = std::make_unique<Color::ColorSpaceCache>();
-        mp_measured_doc = doc;
+        mp_colors_doc = doc;
     }
-    PageCollector collector(*mp_engine, *mp_measure, *mp_colors);
+    GlyphBoxCache& glyphs = GlyphBoxCache::Of(page.GetSDFObj());
+    PageCollector collector(*mp_engine, glyphs, *mp_colors);
     const bool captured = collector.Scan(page, clip, flags, m_mirror_mode);
     if (m_mirror_mode) {
         m_mirror = mp_engine->Capture().Mirror();
         m_mirror_inverse = mp_engine->Capture().MirrorInverse();
     }
-    if (captured) mp_engine->Finish(*mp_impl, mp_measure.get());
+    if (captured) mp_engine->Finish(*mp_impl, &glyphs);
 }
 
 void TextExtractor::SetCaptureTrace(CaptureTrace* trace) { mp_engine->Capture().SetTrace(trace); }

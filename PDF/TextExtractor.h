@@ -19,7 +19,6 @@ namespace lum::PDF {
 class TextExtractorImpl;
 class TextEngine;
 class PageNumberCache;
-class MetricGlyphMeasure;
 class CaptureTrace;
 namespace Color {
 class ColorSpaceCache;
@@ -148,10 +147,9 @@ private:
     std::unique_ptr<TextExtractorImpl> mp_impl;
     std::unique_ptr<TextEngine> mp_engine;
     std::unique_ptr<PageNumberCache> mp_numbers;
-    // What the extractor learns of a document's glyphs and colour spaces.
-    std::unique_ptr<MetricGlyphMeasure> mp_measure;
+    // What the extractor learns of a document's colour spaces.
     std::unique_ptr<Color::ColorSpaceCache> mp_colors;
-    const void* mp_measured_doc = nullptr;  // the document they belong to
+    const void* mp_colors_doc = nullptr;  // the document they belong to
     Page m_page;
     UInt32 m_flags = 0;
     bool m_mirror_mode = false;

@@ -3,7 +3,6 @@
 // it has an outline (a glyph without one is white space), whether a font has so far shown
 // only glyphs without outlines, and the union of a font's glyph boxes. The document's glyph
 // box cache answers them.
-#include <unordered_map>
 #include <vector>
 
 #include "PDF/Rect.h"
@@ -28,25 +27,6 @@ public:
     virtual bool GlyphBox(const Font& font, const CharData& ch, Rect& box, FormSet& forms) = 0;
     // True when the font has shown glyphs, none of them with an outline.
     virtual bool IsBlankFont(const Font& font) = 0;
-};
-
-// Measures glyphs without their outlines, from the font's metrics: a box from the origin to
-// the advance, between the font's ascent and descent; a glyph whose Unicode value is white
-// space is blank. This is what the engine has until the outlines of the font layer answer.
-class MetricGlyphMeasure final : public GlyphMeasure {
-public:
-    bool GlyphBox(const Font& font, const CharData& ch, Rect& box, FormSet& forms) override;
-    bool IsBlankFont(const Font& font) override;
-    Rect FontExtent(SDF::Obj* font) override;
-
-private:
-    struct FontSeen {
-        bool any_outline = false;
-        bool any_blank = false;
-        bool has_extent = false;
-        Rect extent;
-    };
-    std::unordered_map<const SDF::Obj*, FontSeen> m_fonts;
 };
 
 }  // namespace lum::PDF
