@@ -10,6 +10,7 @@
 #include "PDF/Text/TextExtractorImpl.h"
 #include "PDF/Color/ColorSpaceImpl.h"
 #include "PDF/GlyphBoxCache.h"
+#include "PDF/Text/GlyphMemo.h"
 #include "PDF/Text/PageCollector.h"
 #include "PDF/Text/PageNumber.h"
 #include "SDF/Obj.h"
@@ -143,7 +144,8 @@ TextExtractor::TextExtractor()
     : mp_impl(std::make_unique<TextExtractorImpl>()),
       mp_engine(std::make_unique<TextEngine>()),
       mp_numbers(std::make_unique<PageNumberCache>()),
-      mp_colors(std::make_unique<Color::ColorSpaceCache>()) {}
+      mp_colors(std::make_unique<Color::ColorSpaceCache>()),
+      mp_glyphs(std::make_unique<GlyphMemo>()) {}
 
 TextExtractor::~TextExtractor() = default;
 
@@ -156,14 +158,15 @@ void TextExtractor::Begin(const Page& page, const Rect* clip, UInt32 flags) {
         return;
     }
     m_page = page;
-    // Colour spaces are read once per document; glyph boxes are the document's own.
+    // Colour spaces and codes are read once per document; glyph boxes are the document's own.
     const void* doc = page.GetSDFObj()->GetDoc();
-    if (doc != mp_colors_doc) {
+    if (doc != mp_doc || !mp_colors) {
         mp_colors = std::make_unique<Color::ColorSpaceCache>();
-        mp_colors_doc = doc;
+        mp_glyphs = std::make_unique<GlyphMemo>();
+        mp_doc = doc;
     }
     GlyphBoxCache& glyphs = GlyphBoxCache::Of(page.GetSDFObj());
-    PageCollector collector(*mp_engine, glyphs, *mp_colors);
+    PageCollector collector(*mp_engine, glyphs, *mp_glyphs, *mp_colors);
     const bool captured = collector.Scan(page, clip, flags, m_mirror_mode);
     if (m_mirror_mode) {
         m_mirror = mp_engine->Capture().Mirror();

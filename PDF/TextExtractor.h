@@ -20,6 +20,7 @@ class TextExtractorImpl;
 class TextEngine;
 class PageNumberCache;
 class CaptureTrace;
+class GlyphMemo;
 namespace Color {
 class ColorSpaceCache;
 }
@@ -147,9 +148,10 @@ private:
     std::unique_ptr<TextExtractorImpl> mp_impl;
     std::unique_ptr<TextEngine> mp_engine;
     std::unique_ptr<PageNumberCache> mp_numbers;
-    // What the extractor learns of a document's colour spaces.
+    // What the extractor learns of a document's colour spaces and character codes.
     std::unique_ptr<Color::ColorSpaceCache> mp_colors;
-    const void* mp_colors_doc = nullptr;  // the document they belong to
+    std::unique_ptr<GlyphMemo> mp_glyphs;
+    const void* mp_doc = nullptr;  // the document they belong to
     Page m_page;
     UInt32 m_flags = 0;
     bool m_mirror_mode = false;

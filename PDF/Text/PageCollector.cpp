@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "Common/Exception.h"
 #include "PDF/CharData.h"
@@ -234,13 +235,25 @@ void PageCollector::TextElement(Element& e, FormSet& forms) {
     }
     capture.BeginElement(el);
     const Font& font = m_ctx.font;
-    Unicode units[4];
+    // A Type 3 glyph is measured in the context of the forms being walked: not remembered.
+    FontGlyphs* known = m_ctx.type3 ? nullptr : &m_memo.For(font.GetSDFObj());
+    GlyphInfo fresh;
     for (; it != end; ++it) {
+        GlyphInfo& g = known ? known->At(it.char_code) : fresh;
+        if (!g.known) {
+            g.has_outline = m_measure.GlyphBox(font, it, g.box, forms);
+            g.units[0] = 0xFFFE;
+            UInt32 count = 0;
+            font.MapToUnicode(it.char_code, g.units, 4, count, true);
+            g.unit_count = UInt8(std::clamp<UInt32>(count, 1, 4));
+            g.known = known != nullptr;
+        }
         CaptureChar c;
         c.x = it.x;
         c.y = it.y;
         c.bytes = it.bytes;
-        c.has_outline = m_measure.GlyphBox(font, it, c.glyph_box, forms);
+        c.glyph_box = g.box;
+        c.has_outline = g.has_outline;
         if (!c.has_outline) {
             c.advance_box = AdvanceBox(it);
             if (invisible && !drop_invisible) {
@@ -250,11 +263,8 @@ void PageCollector::TextElement(Element& e, FormSet& forms) {
                 if (m_measure.IsBlankFont(font)) c.has_outline = true;
             }
         }
-        units[0] = 0xFFFE;
-        UInt32 count = 0;
-        font.MapToUnicode(it.char_code, units, 4, count, true);
-        c.units = units;
-        c.unit_count = int(std::clamp<UInt32>(count, 1, 4));
+        c.units = g.units;
+        c.unit_count = g.unit_count;
         c.last = it.count == 1;
         capture.AddChar(c);
     }
@@ -276,6 +286,9 @@ Rect PageCollector::AdvanceBox(const CharData& ch) {
         const double w = m_ctx.composite ? font.GetDescendant().GetWidth(font.MapToCID(ch.char_code))
                                          : font.GetWidth(ch.char_code);
         box = Rect(x, y + m_ctx.descent, x + hs * size * w / 1000, y + m_ctx.ascent);
+        if (box.x1 > box.x2) std::swap(box.x1, box.x2);
+        if (box.y1 > box.y2) std::swap(box.y1, box.y2);
+        return box;
     } else {
         double w = font.GetWidth(ch.char_code);
         double ascent = m_ctx.ascent, descent = m_ctx.descent;

@@ -9,6 +9,7 @@
 #include "PDF/Font/Font.h"
 #include "PDF/Rect.h"
 #include "PDF/Text/GlyphMeasure.h"
+#include "PDF/Text/GlyphMemo.h"
 #include "PDF/Text/TextCapture.h"
 
 namespace lum::PDF {
@@ -23,8 +24,9 @@ class ColorSpaceCache;
 
 class PageCollector {
 public:
-    PageCollector(TextEngine& engine, GlyphMeasure& measure, Color::ColorSpaceCache& colors)
-        : m_engine(engine), m_measure(measure), m_colors(colors) {}
+    PageCollector(TextEngine& engine, GlyphMeasure& measure, GlyphMemo& memo,
+                  Color::ColorSpaceCache& colors)
+        : m_engine(engine), m_measure(measure), m_memo(memo), m_colors(colors) {}
 
     // Captures the page within `clip` (page frame) when given. False when the clip box misses
     // the page: nothing was captured. An exception of the reader's Begin leaves to the caller;
@@ -65,6 +67,7 @@ private:
 
     TextEngine& m_engine;
     GlyphMeasure& m_measure;
+    GlyphMemo& m_memo;
     Color::ColorSpaceCache& m_colors;
     UInt32 m_flags = 0;
     Int64 m_element_counter = 0;

@@ -21,6 +21,10 @@ struct Quad {
 // |b - a| below one unit in the last place at the larger operand's exponent.
 inline bool ApproxEqual(double a, double b) {
     if (a == b) return true;
+    // The bound lies between eps and 2 eps times the larger magnitude: most answers need no
+    // exponent.
+    const double diff = std::fabs(b - a), big = std::max(std::fabs(a), std::fabs(b));
+    if (diff >= 2 * DBL_EPSILON * big) return false;
     int e = 0;
     std::frexp(std::max(std::fabs(a), std::fabs(b)), &e);
     return std::fabs(b - a) < std::ldexp(DBL_EPSILON, e);
@@ -29,6 +33,7 @@ inline bool ApproxEqual(double a, double b) {
 // a - b beyond that same bound.
 inline bool DefinitelyGreater(double a, double b) {
     if (!(a > b)) return false;
+    if (a - b > 2 * DBL_EPSILON * std::max(std::fabs(a), std::fabs(b))) return true;
     int e = 0;
     std::frexp(std::max(std::fabs(a), std::fabs(b)), &e);
     return a - b > std::ldexp(DBL_EPSILON, e);
