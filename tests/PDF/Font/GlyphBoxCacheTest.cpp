@@ -8,11 +8,14 @@
 
 #include "Filters/ExtBufInputFilter.h"
 #include "PDF/Ferrox.h"
+#include "FontSupport/Face.h"
+#include "FontSupport/FreeTypeLibrary.h"
 #include "PDF/Font/Font.h"
 #include "PDF/GlyphBoxCache.h"
 #include "PDF/PDFDoc.h"
 #include "PDF/PdfBuilder.h"
 #include "SDF/Obj.h"
+#include "support/TestSupport.h"
 #include "SDF/SDFDoc.h"
 
 using namespace lum::PDF;
@@ -183,6 +186,53 @@ TEST_F(GlyphBoxes, Type3GlyphsRunThroughTheirContent) {
     Rect f;
     EXPECT_TRUE(Box(t3, 'f', f));
     EXPECT_NEAR(f.y2, 200, 1e-6);
+}
+
+}  // namespace
+
+namespace {
+
+// A document of three embedded TrueType fonts (the fuzz seed program) shown 5,000 times over:
+// each face is opened once, and what FreeType holds goes with the document.
+TEST(GlyphBoxFaces, OnePerFontAndGoneWithTheDocument) {
+    const std::string seed = lum::test::ReadFile(std::string(LUM_TOOLS_DIR) + "/../fuzz/seeds/fontprogram/truetype");
+    ASSERT_GT(seed.size(), 1u);
+    const std::string program = seed.substr(1);
+    std::vector<std::string> objects = {
+        "<< /Type /Catalog /Pages 2 0 R >>",
+        "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
+        "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] >>",
+        Stream(program, "/Length1 " + std::to_string(program.size())),
+    };
+    std::string widths;
+    for (int c = 32; c <= 126; ++c) widths += "500 ";
+    for (int f = 0; f < 3; ++f) {
+        objects.push_back("<< /Type /FontDescriptor /FontName /Seed /Flags 32 /FontFile2 4 0 R >>");
+        objects.push_back("<< /Type /Font /Subtype /TrueType /BaseFont /Seed /FirstChar 32 /LastChar 126"
+                          " /Widths [" + widths + "] /FontDescriptor " +
+                          std::to_string(objects.size()) + " 0 R >>");
+    }
+    Ferrox::Initialize();
+    const lum::UInt64 bytes_before = lum::FontSupport::FreeTypeLibrary::GetAllocatedBytes();
+    const lum::UInt64 opened_before = lum::FontSupport::Face::GetOpenCount();
+    {
+        const std::string pdf = lum::test::BuildPdf(objects);
+        PDFDoc doc(std::make_unique<lum::Filters::ExtBufInputFilter>(
+            reinterpret_cast<const lum::UInt8*>(pdf.data()), pdf.size()));
+        GlyphBoxCache& cache = GlyphBoxCache::Of(*doc.GetImpl());
+        FormSet forms;
+        for (int i = 0; i < 5000; ++i) {
+            const Font font(static_cast<lum::SDF::Obj*>(doc.GetObj(6 + 2 * (i % 3))));
+            CharData c;
+            c.char_code = 32 + i % 95;
+            Rect box;
+            cache.GetGlyphBox(font, c, box, forms);
+        }
+        EXPECT_EQ(lum::FontSupport::Face::GetOpenCount() - opened_before, 3u);
+        EXPECT_GT(lum::FontSupport::FreeTypeLibrary::GetAllocatedBytes(), bytes_before);
+    }
+    EXPECT_EQ(lum::FontSupport::FreeTypeLibrary::GetAllocatedBytes(), bytes_before);
+    Ferrox::Terminate();
 }
 
 }  // namespace
