@@ -8,6 +8,7 @@
 #include "Filters/ExtBufInputFilter.h"
 #include "Filters/FilterReader.h"
 #include "PDF/Font/CMapStm.h"
+#include "PDF/Font/Font.h"
 #include "PDF/ResourceData.h"
 #include "SDF/Obj.h"
 #include "SDF/SDFDoc.h"
@@ -85,6 +86,11 @@ SDF::SDFDoc* GetResourceDoc() {
 SDF::Obj* GetBase14FontDict(const char* name) {
     std::lock_guard<std::recursive_mutex> lock(GetResourceLock());
     return FindInTrailerDict(RequireResources(), "F", name);
+}
+
+Font GetBase14Font(const char* name) {
+    std::lock_guard<std::recursive_mutex> lock(GetResourceLock());
+    return Font(FindInTrailerDict(RequireResources(), "F", name));
 }
 
 bool IsRecognizedCMap(const char* name) {

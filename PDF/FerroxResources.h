@@ -14,6 +14,9 @@ class SDFDoc;
 namespace lum::PDF::Fnt {
 class CMap;
 }
+namespace lum::PDF {
+class Font;
+}
 
 namespace lum::PDF::Resource {
 
@@ -30,6 +33,10 @@ SDF::SDFDoc* GetResourceDoc();
 // The font dictionary of a standard font (an entry of F), or null for another name. Opens the
 // document on demand; raises "Cannot find or load Ferrox resources" when it can't.
 SDF::Obj* GetBase14FontDict(const char* name);
+
+// The standard font `name` as a font of the resource document; raises as GetBase14FontDict,
+// and an empty handle for another name.
+Font GetBase14Font(const char* name);
 
 // Whether `name` is a predefined CMap (a key of C). Opens the document on demand; raises as
 // GetBase14FontDict.

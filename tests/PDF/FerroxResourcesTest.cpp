@@ -6,6 +6,7 @@
 #include "Common/Exception.h"
 #include "PDF/Ferrox.h"
 #include "PDF/FerroxResources.h"
+#include "PDF/Font/Font.h"
 #include "PDF/Font/StandardFonts.h"
 #include "SDF/Obj.h"
 
@@ -38,6 +39,11 @@ TEST(FerroxResources, LookupsByName) {
         }
     }
     EXPECT_FALSE(Resource::IsRecognizedCMap(nullptr));
+    const lum::PDF::Font courier = Resource::GetBase14Font("Courier");
+    ASSERT_TRUE(courier);
+    EXPECT_TRUE(courier.IsEmbedded());
+    EXPECT_EQ(courier.GetWidth('W'), 600);
+    EXPECT_FALSE(Resource::GetBase14Font("Arial"));
     Ferrox::Terminate();
 }
 
