@@ -289,8 +289,8 @@ void CMapStmParser::BfRange() {
             }
             continue;
         }
-        UnitsOf(dst);
         if (low > high) continue;
+        UnitsOf(dst);
         if (low == high)
             m_cmap.AddSingle(len, low, m_units.data(), UInt32(m_units.size()));
         else

@@ -63,7 +63,7 @@ TEST(CMapStm, UnicodeLookups) {
          "1 beginbfrange <41> <43> <00660041> endbfrange",
          {{0x41, {0x66, 0x41}}, {0x42, {0x66, 0x42}}, {0x43, {0x66, 0x43}}, {0x44, {}}, {0x40, {}}}},
         {"a low above the high is skipped, the block goes on",
-         "2 beginbfrange <50> <40> <0041> <60> <61> <0061> endbfrange",
+         "3 beginbfrange <50> <40> <0041> <51> <41> <> <60> <61> <0061> endbfrange",
          {{0x45, {}}, {0x61, {0x62}}}},
         {"a bfchar block alone, no begincmap",
          "2 beginbfchar <01> <0041> <02> <00420043> endbfchar",
