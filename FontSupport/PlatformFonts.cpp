@@ -5,6 +5,7 @@
 #include FT_FREETYPE_H
 
 #include <algorithm>
+#include <cstdlib>
 #include <cctype>
 #include <map>
 #include <mutex>
@@ -72,6 +73,11 @@ std::mutex& FcLock() {
     return lock;
 }
 
+std::map<int, std::vector<Candidate>>& CandidateCache() {
+    static std::map<int, std::vector<Candidate>> cache;
+    return cache;
+}
+
 // Fontconfig is started at the first need and stopped with the library (StopPlatformFonts),
 // under FcLock.
 bool gl_fc_started = false;
@@ -81,16 +87,18 @@ bool FcReady() {
     if (!gl_fc_started) {
         gl_fc_started = true;
         gl_fc_ready = FcInit() == FcTrue;
+        // A process that ends without stopping the library still hands fontconfig's memory
+        // back, so that leak checkers see only our own. The cache is made first, so that it
+        // is destroyed after the handler ran.
+        CandidateCache();
+        static const bool at_exit = std::atexit([] { StopPlatformFonts(); }) == 0;
+        (void)at_exit;
     }
     return gl_fc_ready;
 }
 
 // Installed scalable families for a charset, with the aliases whose family is among them;
 // sorted by name so that the first fit doesn't depend on the order of the font folders.
-std::map<int, std::vector<Candidate>>& CandidateCache() {
-    static std::map<int, std::vector<Candidate>> cache;
-    return cache;
-}
 
 const std::vector<Candidate>& CandidatesFor(int charset) {
     auto& cache = CandidateCache();
