@@ -170,6 +170,12 @@ inline constexpr std::size_t kMaxInlineImageBytes = std::size_t(64) << 20;
 // Entries past the bound keep the default metrics.
 inline constexpr std::size_t kMaxCIDMetricEntries = std::size_t(1) << 17;
 
+// Bytes. An embedded font program read for FreeType, which holds it whole. The declared size
+// (Length1 and the others) only sizes the first buffer; a decompression bomb in a font file
+// would otherwise be read whole. The largest real programs (CJK fonts
+// with tens of thousands of glyphs) stay below 32 MiB.
+inline constexpr std::size_t kMaxFontProgramBytes = std::size_t(64) << 20;
+
 // --- Command line and batch walk ---
 
 // Levels. Folders below one named on the command line, walked with --subfolders. Each level

@@ -45,6 +45,12 @@ private:
     size_t m_count = 0;
 };
 
+// Every stage hands what it read, and only that, back to the stage below it, down to the
+// content stream: a decoder that stopped at its end mark leaves the rest of the content there.
+void HandBack(Filters::Filter& chain) {
+    for (Filters::Filter* f = &chain; f; f = f->GetAttachedFilter()) f->Flush();
+}
+
 bool Is(const char* key, const char* a, const char* b = nullptr) {
     return std::strcmp(key, a) == 0 || (b && std::strcmp(key, b) == 0);
 }
@@ -183,10 +189,10 @@ bool ElementReaderImpl::OpInlineImage() {
             std::vector<UInt8> none;
             if (got == limited) ReadData(reader, Limits::kMaxInlineImageBytes - got, none);
             reader.FlushReader();
-            chain->Flush();
+            HandBack(*chain);
         } catch (...) {
             reader.FlushReader();
-            chain->Flush();
+            HandBack(*chain);
             throw;
         }
     }

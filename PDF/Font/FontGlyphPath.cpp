@@ -9,6 +9,7 @@
 #include FT_FREETYPE_H
 
 #include "Common/Exception.h"
+#include "Common/Limits.h"
 #include "Filters/FilterReader.h"
 #include "FontSupport/Face.h"
 #include "FontSupport/FreeTypeLibrary.h"
@@ -105,11 +106,13 @@ bool FontImpl::LoadFontProgram() {
         if (size <= 0) size = 2 * stm->FindNumber("Length", 0);
         // The declared size is a hint: the program is read to its end whatever it says.
         std::vector<UInt8> program;
-        program.reserve(size_t(std::clamp(size, 0.0, 64.0 * 1024 * 1024)) + 2000);
+        program.reserve(size_t(std::clamp(size, 0.0, double(Limits::kMaxFontProgramBytes))) + 2000);
         auto chain = stm->GetDecodedStream();
         Filters::FilterReader reader(chain.get());
         UInt8 buf[65536];
-        for (size_t n; (n = reader.Read(buf, sizeof buf)) > 0;) program.insert(program.end(), buf, buf + n);
+        for (size_t n; program.size() < Limits::kMaxFontProgramBytes &&
+                       (n = reader.Read(buf, sizeof buf)) > 0;)
+            program.insert(program.end(), buf, buf + n);
         m_scaled_outlines = true;
         mp_face = Face::OpenMemory(std::move(program), true);
     } catch (const Common::Exception&) {

@@ -4,10 +4,14 @@
 #include <cctype>
 #include <cstring>
 
+#include <ft2build.h>
+#include FT_FREETYPE_H
+
 #include "Common/Exception.h"
 #include "Common/UString.h"
 #include "FontSupport/Face.h"
 #include "PDF/Font/CIDFont.h"
+#include "PDF/Font/CMap.h"
 #include "PDF/Font/FontSubstitution.h"
 #include "PDF/Font/SimpleFont.h"
 #include "PDF/Font/Type0Font.h"
@@ -201,6 +205,17 @@ FontImpl::FontImpl(SDF::Obj* font_dict) : mp_font_dict(font_dict) {}
 
 FontImpl::~FontImpl() = default;
 
+void FontImpl::LoadToUnicode() {
+    if (m_tounicode_loaded) return;
+    m_tounicode_loaded = true;
+    try {
+        SDF::Obj* stm = mp_font_dict->FindObj(SDF::e_ToUnicode);
+        if (stm && stm->IsStream()) mp_tounicode = Fnt::CMap::Create(stm);
+    } catch (const Common::Exception&) {
+        mp_tounicode.reset();  // a damaged ToUnicode is no ToUnicode
+    }
+}
+
 void FontImpl::NotApplicable(const char* operation, const char* kind) {
     throw Common::Exception(Common::Exception::Formatted{}, "false", __LINE__, __FILE__,
                             LUM_FUNCTION, "%s can't be applied to %s font.", operation, kind);
@@ -327,9 +342,22 @@ int FontImpl::GetEmbeddedFontBufSize() {
     return int(std::clamp(size, 0.0, 2147483647.0));
 }
 
-double FontImpl::GetAscent() { return m_ascent; }
+// The face's vertical metric in thousandths of the em; a face that gives no units per em is
+// read as if it had 1000.
+static double FaceMetric(const FontSupport::Face& face, FT_Short value) {
+    const int upem = face.Get()->units_per_EM;
+    return value * 1000.0 / (upem == 0 ? 1000 : upem);
+}
 
-double FontImpl::GetDescent() { return m_descent; }
+double FontImpl::GetAscent() {
+    std::lock_guard<std::recursive_mutex> lock(m_font_mutex);
+    return mp_face ? FaceMetric(*mp_face, mp_face->Get()->ascender) : m_ascent;
+}
+
+double FontImpl::GetDescent() {
+    std::lock_guard<std::recursive_mutex> lock(m_font_mutex);
+    return mp_face ? FaceMetric(*mp_face, mp_face->Get()->descender) : m_descent;
+}
 
 Rect FontImpl::GetBBox() {
     LoadFontProgram();

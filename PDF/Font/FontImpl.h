@@ -4,6 +4,7 @@
 // step has a default and swallows damage, so that a broken font still cuts, measures and maps
 // its codes; only what the text can't do without (a descriptor or widths for a font that
 // isn't a standard one, a sane code range) makes the factory raise.
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -22,6 +23,7 @@ namespace lum::FontSupport {
 class Face;
 }
 namespace lum::PDF::Fnt {
+class CMap;
 struct FontSubstitution;
 }
 
@@ -132,6 +134,10 @@ protected:
     // Raises "This method can be used only on Type0 font".
     [[noreturn]] static void OnlyType0();
 
+    // Tries once to read the ToUnicode stream; every failure leaves the font without one.
+    // Called under the font mutex.
+    void LoadToUnicode();
+
     std::recursive_mutex m_font_mutex;
     SDF::Obj* mp_font_dict;
     SDF::Obj* mp_font_descriptor = nullptr;
@@ -151,6 +157,8 @@ protected:
     bool m_scaled_outlines = false;
     // How a font without a face is drawn: decided once, at the first need.
     std::unique_ptr<Fnt::FontSubstitution> mp_subst;
+    std::unique_ptr<Fnt::CMap> mp_tounicode;
+    bool m_tounicode_loaded = false;
 
 private:
     // The glyph roads of a font without a face (FontGlyphPath.cpp).

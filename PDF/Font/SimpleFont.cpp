@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "Common/Exception.h"
+#include "PDF/Font/GlyphNames.h"
 #include "PDF/Font/StandardFonts.h"
 #include "SDF/Obj.h"
 
@@ -121,11 +122,9 @@ void SimpleFont::InitWidths() {
 }
 
 bool SimpleFont::MapUnicodeToCode(Unicode unit, UInt32& code) {
-    // The Unicode table is built at the first mapping.
-    Unicode units[4];
-    UInt32 count = 0;
+    PrepareUnicode();
     for (UInt32 c = 0; c < 256; ++c) {
-        if (MapToUnicode(c, units, 4, count, true) && count >= 1 && units[0] == unit) {
+        if (m_unicode[c] == unit) {
             code = c;
             return true;
         }
@@ -133,15 +132,32 @@ bool SimpleFont::MapUnicodeToCode(Unicode unit, UInt32& code) {
     return false;
 }
 
-bool SimpleFont::MapToUnicode(UInt32 code, Unicode* units, int capacity, UInt32& count, bool) {
-    if (capacity < 1) return false;
-    count = 1;
-    if (code > 255) {
-        units[0] = 0xFFFD;
-        return false;
+void SimpleFont::PrepareUnicode() {
+    if (m_unicode_ready.load(std::memory_order_acquire)) return;
+    std::lock_guard<std::recursive_mutex> lock(m_font_mutex);
+    if (m_unicode_ready.load(std::memory_order_relaxed)) return;
+    UnicodeTableInput in;
+    in.names = m_encoding;
+    in.zapf_dingbats = m_base14_type == Font::e_zapf_dingbats;
+    try {
+        in.has_tounicode = mp_font_dict->FindObj(SDF::e_ToUnicode) != nullptr;
+    } catch (const Common::Exception&) {
+        in.has_tounicode = false;
     }
-    units[0] = Unicode(0xE000 + code);
-    return false;
+    in.truetype = GetType() == Font::e_TrueType;
+    for (const std::string& name : m_owned_names)
+        if (name.size() >= 4) in.long_owned_name = true;
+    BuildUnicodeTable(in, m_unicode);
+    LoadToUnicode();
+    m_unicode_ready.store(true, std::memory_order_release);
+}
+
+bool SimpleFont::MapToUnicode(UInt32 code, Unicode* units, int capacity, UInt32& count,
+                              bool use_tounicode) {
+    if (capacity < 1) return false;
+    PrepareUnicode();
+    return MapSimpleFontCode(code, m_unicode, m_encoding, mp_tounicode.get(), use_tounicode, units,
+                             capacity, count);
 }
 
 // --- Type 1 ---
@@ -149,10 +165,12 @@ bool SimpleFont::MapToUnicode(UInt32 code, Unicode* units, int capacity, UInt32&
 Type1Font::Type1Font(SDF::Obj* font_dict) : SimpleFont(font_dict) {
     ReadStandardFont();
     if (!ReadEncoding()) {
-        // Without a base encoding, the font's own program would give one; until it is read,
-        // StandardEncoding stands in as it does for a font that isn't embedded.
-        CopyEncoding(gl_standard_encoding);
-        m_encoding_kind = e_standard;
+        if (IsEmbedded()) {
+            ReadBuiltinEncoding();
+        } else {
+            CopyEncoding(gl_standard_encoding);
+            m_encoding_kind = e_standard;
+        }
     }
     if ((m_base14_type == Font::e_symbol || m_base14_type == Font::e_zapf_dingbats) && !IsEmbedded()) {
         CopyEncoding(gl_standard_fonts[m_base14_type].default_encoding);
@@ -169,6 +187,14 @@ TrueTypeFont::TrueTypeFont(SDF::Obj* font_dict) : SimpleFont(font_dict) {
     if (ReadEncoding()) {
         m_has_encoding = true;
     } else {
+        if (IsEmbedded()) {
+            if (AddEncodingDifferences()) m_has_encoding = true;
+            if (LoadFontProgram()) {
+                InitWidths();
+                return;
+            }
+        }
+        // Not embedded, or the program proved unreadable.
         CopyEncoding(gl_win_ansi_encoding);
         m_encoding_kind = e_win_ansi;
     }
@@ -246,15 +272,7 @@ bool Type3Font::MapToUnicode(UInt32 code, Unicode* units, int capacity, UInt32& 
                              bool use_tounicode) {
     if (capacity < 1) return false;
     if (SimpleFont::MapToUnicode(code, units, capacity, count, use_tounicode)) return true;
-    if (units[0] == 0xFFFD) {
-        units[0] = Unicode(0xE000 + (code & 0xFFFF));
-        count = 1;
-        return false;
-    }
-    if (code < 32 || code > 65532) return false;
-    units[0] = Unicode(code);
-    count = 1;
-    return false;
+    return Type3FallbackCode(code, units, count);
 }
 
 }  // namespace lum::PDF::Fnt

@@ -40,18 +40,31 @@ protected:
     // A copy of `name` that lives as long as the font.
     const char* OwnName(const char* name);
     void InitWidths();
+    // The Unicode table and the ToUnicode load, once; cheap after the first call.
+    void PrepareUnicode();
 
     Font::StandardType1Font m_base14_type = Font::e_null;
     EncodingKind m_encoding_kind = e_custom;
     const char* m_encoding[256] = {};
     std::deque<std::string> m_owned_names;
     double m_widths[256] = {};
+    Unicode m_unicode[256] = {};
+    std::atomic<bool> m_unicode_ready{false};
 };
 
 class Type1Font : public SimpleFont {
 public:
     explicit Type1Font(SDF::Obj* font_dict);
     Font::Type GetType() const override { return Font::e_Type1; }
+    bool GetGlyphIndex(UInt32 code, UInt32& index) override;
+    bool IsCFF() override;
+
+private:
+    // The encoding of the embedded program, from its charmap and glyph names.
+    void ReadBuiltinEncoding();
+
+    UInt32 m_gids[256] = {};
+    bool m_gids_loaded = false;
 };
 
 class MMType1Font final : public Type1Font {
@@ -64,9 +77,20 @@ class TrueTypeFont final : public SimpleFont {
 public:
     explicit TrueTypeFont(SDF::Obj* font_dict);
     Font::Type GetType() const override { return Font::e_TrueType; }
+    // Opens the program, then chooses its charmap and gives each code a glyph (and a name
+    // where the font has none). Runs once.
+    bool LoadFontProgram() override;
+    bool GetGlyphIndex(UInt32 code, UInt32& index) override;
 
 private:
+    enum Route { e_route_mac, e_route_unicode, e_route_other };
+    // Chooses and sets the charmap; answers the route, and whether it is the symbol charmap.
+    Route SetCharmap(bool& symbol_charmap, bool& names_open);
+    void MapCodes(Route route, bool symbol_charmap, bool names_open);
+
     bool m_has_encoding = false;
+    bool m_program_loaded = false;
+    UInt32 m_gids[256] = {};
 };
 
 class Type3Font final : public SimpleFont {

@@ -271,6 +271,7 @@ const InlineCase kInline[] = {
     {"resource_colour_spaces", "BI /W 1 /H 1 /BPC 8 /CS /Icc ID abcd EI BI /W 1 /H 1 /BPC 8 /CS /Sep ID z EI",
      "ii", 1, 1, 8, 1, "z"},
     {"hex_filter", "BI /W 2 /H 1 /BPC 8 /CS /G /F /AHx ID 4549> EI q Q", "igG", 2, 1, 8, 1, "EI"},
+    {"ascii85_data_with_a_paren", "BI /W 4 /H 1 /BPC 8 /CS /G /F /A85 ID @:a([~> EI q Q", "igG", 4, 1, 8, 1, "aega"},
     {"filter_array", "BI /W 2 /H 1 /BPC 8 /CS /G /F [/AHx] /DP [null] ID 4142> EI", "i", 2, 1, 8, 1, "AB"},
     {"decoder_ends_early", "BI /W 4 /H 1 /BPC 8 /CS /G /F /AHx ID 41> q Q", "igG", 4, 1, 8, 1, "A"},
     {"no_EI_at_stream_end", "BI /W 100 /H 100 /BPC 8 /CS /G ID abc", "i", 100, 100, 8, 1, "abc"},
