@@ -385,3 +385,76 @@ TEST(ContentLimits, InlineImageData) {
 
 }  // namespace
 }  // namespace lum::test
+
+namespace lum::test {
+namespace {
+
+// A client that enters the glyph of every character of every Type 3 string, as glyph
+// measuring does; answers the deepest level reached.
+int EnterGlyphs(PDF::ElementReader& reader) {
+    int deepest = reader.GetLevelCount();
+    while (PDF::Element* e = reader.Next()) {
+        if (e->GetType() != PDF::Element::e_text) continue;
+        PDF::CharData it, end;
+        e->GetCharIterator(it);
+        e->GetCharIteratorEnd(end);
+        for (; it != end; ++it) {
+            reader.Type3FontBegin(it);
+            deepest = std::max(deepest, EnterGlyphs(reader));
+            reader.End();  // the string's element is current again, for the next character
+        }
+    }
+    return deepest;
+}
+
+TEST(Type3Glyphs, GlyphsThatShowTheirOwnFontEnd) {
+    // Glyph a shows "ab" and glyph b shows "ba" in the same font: every glyph already open
+    // opens an empty level, so the walk ends.
+    PageSpec spec;
+    spec.resources = "/Font << /T3 6 0 R >>";
+    spec.extra = {
+        "<< /Type /Font /Subtype /Type3 /FontMatrix [0.001 0 0 0.001 0 0] /FontBBox [0 0 1000 1000] "
+        "/CharProcs << /a 7 0 R /b 8 0 R >> /Encoding << /Differences [97 /a /b] >> /FirstChar 97 "
+        "/LastChar 98 /Widths [1000 1000] /Resources << /Font << /T3 6 0 R >> >> >>",
+        StreamObj("1000 0 d0 BT /T3 1 Tf (ab) Tj ET"), StreamObj("1000 0 d0 BT /T3 1 Tf (ba) Tj ET")};
+    spec.contents = {"BT /T3 10 Tf (ab) Tj ET"};
+    MemoryDoc doc(BuildPagePdf(spec));
+    PDF::ElementReader reader;
+    reader.Begin(doc.FirstPage());
+    // Page, glyph a, glyph b inside it, and the empty level of an open glyph below that.
+    EXPECT_EQ(EnterGlyphs(reader), 4);
+}
+
+TEST(Type3Glyphs, GlyphLevelTakesTheMatricesAndTheFillAsStroke) {
+    PageSpec spec;
+    spec.resources = "/Font << /T3 6 0 R >>";
+    spec.extra = {
+        "<< /Type /Font /Subtype /Type3 /FontMatrix [0.01 0 0 0.01 0 0] /CharProcs << /a 7 0 R >> "
+        "/Encoding << /Differences [97 /a] >> /FirstChar 97 /LastChar 97 /Widths [100] >>",
+        StreamObj("100 0 d0 0 0 10 10 re f")};
+    spec.contents = {"1 0 0 rg BT /T3 20 Tf 50 Tz 2 0 0 2 100 100 Tm (aa) Tj ET"};
+    MemoryDoc doc(BuildPagePdf(spec));
+    PDF::ElementReader reader;
+    reader.Begin(doc.FirstPage());
+    PDF::Element* e = nullptr;
+    while ((e = reader.Next()) && e->GetType() != PDF::Element::e_text) {
+    }
+    ASSERT_NE(e, nullptr);
+    PDF::CharData it;
+    e->GetCharIterator(it);
+    ++it;  // the second a, at x = 100 units x 0.01 x 20 x 0.5 = 10
+    reader.Type3FontBegin(it);
+    PDF::Element* path = reader.Next();
+    ASSERT_NE(path, nullptr);
+    // FontMatrix, then scale (0.5 x 20, 20), then (10, 0), then the text matrix.
+    const Common::Matrix2D& ctm = path->GetCTM();
+    const double got[6] = {ctm.m_a, ctm.m_b, ctm.m_c, ctm.m_d, ctm.m_h, ctm.m_v};
+    const double want[6] = {0.2, 0, 0, 0.4, 120, 100};
+    for (int i = 0; i < 6; ++i) EXPECT_NEAR(got[i], want[i], 1e-12) << i;
+    EXPECT_EQ(path->GetGState().GetStrokeColor(), PDF::ColorPt(1, 0, 0, 0, 3));
+    EXPECT_EQ(reader.Next(), nullptr);
+    EXPECT_FALSE(reader.End());
+}
+
+}  // namespace
+}  // namespace lum::test

@@ -224,3 +224,89 @@ TEST(StandardFontNames, Recognition) {
 
 }  // namespace
 }  // namespace lum::test
+
+namespace lum::test {
+namespace {
+
+// Object 7 is a ToUnicode stream: <41> to "B", <42> to "fi", and nothing else.
+const std::string kToUnicode = StreamObj(
+    "/CIDInit /ProcSet findresource begin 12 dict begin begincmap 1 begincodespacerange <00> <FF> "
+    "endcodespacerange 2 beginbfchar <41> <0042> <42> <00660069> endbfchar endcmap end end");
+
+struct MapCase {
+    const char* name;
+    std::string dict;
+    UInt32 code;
+    std::u16string units;
+    bool real;
+};
+
+class FontMapping : public ::testing::TestWithParam<MapCase> {};
+
+TEST_P(FontMapping, CodeToUnicode) {
+    const MapCase& c = GetParam();
+    PageSpec spec;
+    spec.extra = {"<< /Type /Font " + c.dict + " >>", kToUnicode};
+    MemoryDoc doc(BuildPagePdf(spec));
+    const Font font(doc.Doc().GetObj(6));
+    Unicode units[10];
+    UInt32 count = 0;
+    const bool real = font.MapToUnicode(c.code, units, 10, count, true);
+    EXPECT_EQ(std::u16string(units, units + count), c.units);
+    EXPECT_EQ(real, c.real);
+}
+
+std::string Diffs(const std::string& items) {
+    return "/Subtype /Type1 /BaseFont /Courier /Encoding << /Differences [" + items + "] >>";
+}
+
+const MapCase kMappings[] = {
+    {"standard_name", "/Subtype /Type1 /BaseFont /Helvetica", 'A', u"A", true},
+    {"uni_form", Diffs("65 /uni0041"), 65, u"A", true},
+    {"u_form_cut_to_16_bits", Diffs("65 /u1F600"), 65, u"\uF600", true},
+    {"suffix_cut", Diffs("65 /A.swash"), 65, u"A", true},
+    {"small_capital_folds", Diffs("65 /Asmall"), 65, u"a", true},
+    {"ligature_name", Diffs("65 /f_i"), 65, u"\uFB01", true},
+    {"compound_split", Diffs("65 /a_b"), 65, u"ab", true},
+    {"compound_with_unknown_piece", Diffs("65 /f_i.alt"), 65, u"\uE041", false},
+    {"notdef_placeholder", Diffs("65 /.notdef"), 65, u"\uE041", false},
+    {"numeric_name_type1", Diffs("65 /g23"), 65, u"5", true},  // radix 10, offset 30: 53
+    {"numeric_name_capital", Diffs("65 /G23"), 65, u"#", true},  // radix 16: 0x23
+    {"numeric_name_truetype_is_the_code",
+     "/Subtype /TrueType /BaseFont /Courier /Encoding << /Differences [66 /g23] >>", 66, u"B", true},
+    {"tounicode_first", Diffs("65 /Z") + " /ToUnicode 7 0 R", 65, u"B", true},
+    {"tounicode_several_units", Diffs("66 /Z") + " /ToUnicode 7 0 R", 66, u"fi", true},
+    {"tounicode_miss_with_name", Diffs("67 /Z") + " /ToUnicode 7 0 R", 67, u"Z", true},
+    {"tounicode_miss_without_name", Diffs("67 /.notdef") + " /ToUnicode 7 0 R", 67, u"C", true},
+    {"numeric_rule_off_with_tounicode", Diffs("68 /g23") + " /ToUnicode 7 0 R", 68, u"D", true},
+    {"code_above_255", "/Subtype /Type1 /BaseFont /Helvetica", 300, u"\uFFFD", false},
+    {"type3_without_names_reads_codes",
+     "/Subtype /Type3 /FontMatrix [0.001 0 0 0.001 0 0] /CharProcs << >> /FirstChar 0 /LastChar 0 /Widths [0]",
+     65, u"A", false},
+    {"type3_control_code_placeholder",
+     "/Subtype /Type3 /FontMatrix [0.001 0 0 0.001 0 0] /CharProcs << >> /FirstChar 0 /LastChar 0 /Widths [0]",
+     10, u"\uE00A", false},
+    {"zapf_dingbats_list", "/Subtype /Type1 /BaseFont /ZapfDingbats", 0x21, u"\u2701", true},
+    {"symbol_encoding", "/Subtype /Type1 /BaseFont /Symbol", 'a', u"\u03B1", true},
+};
+
+INSTANTIATE_TEST_SUITE_P(Font, FontMapping, ::testing::ValuesIn(kMappings),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST(FontMapping, GarbageProgramLeavesAFontThatIsNotEmbedded) {
+    PageSpec spec;
+    spec.extra = {"<< /Type /Font /Subtype /TrueType /BaseFont /X /FirstChar 65 /LastChar 65 /Widths [600] "
+                  "/FontDescriptor << /Flags 32 /FontFile2 7 0 R >> >>",
+                  StreamObj("this is no font program at all", "/Length1 30")};
+    MemoryDoc doc(BuildPagePdf(spec));
+    const Font font(doc.Doc().GetObj(6));
+    EXPECT_FALSE(font.IsEmbedded());
+    EXPECT_EQ(font.GetWidth(65), 600);
+    Unicode units[4];
+    UInt32 count = 0;
+    EXPECT_TRUE(font.MapToUnicode(65, units, 4, count));
+    EXPECT_EQ(units[0], u'A');  // WinAnsiEncoding behind a TrueType font without a program
+}
+
+}  // namespace
+}  // namespace lum::test
