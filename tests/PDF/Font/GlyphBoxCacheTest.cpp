@@ -72,12 +72,6 @@ protected:
         m_doc.reset();
         Ferrox::Terminate();
     }
-    // Simple fonts take their names from the standard encodings; until the font classes read
-    // those tables, a standard font has no glyph names to draw.
-    bool HasNames() {
-        const char* const* names = FontAt(4).GetEncoding();
-        return names && names['H'];
-    }
     Font FontAt(lum::UInt32 num) { return Font(static_cast<lum::SDF::Obj*>(m_doc->GetObj(num))); }
     GlyphBoxCache& Cache() { return GlyphBoxCache::Of(*m_doc->GetImpl()); }
     bool Box(const Font& font, lum::UInt32 code, Rect& box) {
@@ -92,7 +86,6 @@ protected:
 };
 
 TEST_F(GlyphBoxes, StandardFontGlyphsAndBlanks) {
-    if (!HasNames()) GTEST_SKIP() << "simple fonts have no encoding names yet";
     const Font helv = FontAt(4);
     struct Case {
         lum::UInt32 code;
@@ -127,7 +120,6 @@ TEST_F(GlyphBoxes, StandardFontGlyphsAndBlanks) {
 }
 
 TEST_F(GlyphBoxes, NarrowedToThePdfWidthNeverWidened) {
-    if (!HasNames()) GTEST_SKIP() << "simple fonts have no encoding names yet";
     const Font standard = FontAt(4), custom = FontAt(5);
     auto right_edge = [](const Font& f, lum::UInt32 code) {
         std::vector<lum::UInt8> ops;
@@ -142,7 +134,6 @@ TEST_F(GlyphBoxes, NarrowedToThePdfWidthNeverWidened) {
 }
 
 TEST_F(GlyphBoxes, ExtentAndBlankFont) {
-    if (!HasNames()) GTEST_SKIP() << "simple fonts have no encoding names yet";
     const Font helv = FontAt(13);
     Rect box;
     EXPECT_FALSE(Cache().IsBlankFont(helv));  // nothing seen yet
