@@ -87,6 +87,12 @@ void DocImpl::Open(bool check_root) {
     m_obj_parser->Reset();
     Rebuild();
     m_rebuilt = true;
+    // The handler of a first check that passed decrypted what was read through it (the strings
+    // of an indirect Encrypt dictionary among them), and one left in place would stay after a
+    // failed second check: the second check starts from a plain document. The rebuild itself
+    // ran with the handler, so that encrypted object streams could be unpacked.
+    mp_security_handler.reset();
+    mp_crypt_handler.reset();
     try {
         InitSecurityHandler(nullptr, true);
     } catch (const Common::Exception&) {
