@@ -8,6 +8,7 @@
 #include "Filters/ExtBufInputFilter.h"
 #include "Filters/FilterReader.h"
 #include "SDF/DocImpl.h"
+#include "SDF/KeywordScanner.h"
 #include "SDF/Obj.h"
 #include "SDF/Parser.h"
 #include "SDF/SecurityHandler.h"
@@ -22,13 +23,6 @@ UInt64 LengthFromNumber(double value) {
     if (!(value > 0)) return 0;
     if (value >= 18446744073709551615.0) return ~UInt64(0);
     return UInt64(value);
-}
-
-// Reads `word` at the reader's position; a mismatch consumes the bytes compared.
-bool Match(Filters::FilterReader& r, const char* word) {
-    for (; *word; ++word)
-        if (r.Get() != UInt8(*word)) return false;
-    return true;
 }
 
 }  // namespace
@@ -63,50 +57,18 @@ void FileStream::SetStreamData(const UInt8* bytes, size_t size,
 }
 
 UInt64 FileStream::CalcStmLength(Filters::Filter& input) {
-    // Counting from the data offset S: find "endstream", skip white space and comments behind
-    // it to P, and stop where "endobj" follows; else search on from P.
     Filters::FilterReader r(&input);
-    static const char kEnd[] = "endstream";
-    constexpr size_t kEndLen = sizeof kEnd - 1;
-    UInt64 pos = 0;  // bytes read since S
-    size_t matched = 0;
-    for (;;) {
-        const int byte = r.Get();
-        LUM_CHECK(byte != EOF, "Unexpected end of stream");
-        ++pos;
-        // No proper prefix of "endstream" is also a suffix of it, so a mismatch restarts at
-        // the byte that broke the match.
-        if (byte == kEnd[matched])
-            ++matched;
-        else
-            matched = byte == kEnd[0] ? 1 : 0;
-        if (matched < kEndLen) continue;
-        matched = 0;
-        for (;;) {
-            const int c = r.Peek();
-            if (Parser::IsWhite(c)) {
-                r.Get();
-                ++pos;
-            } else if (c == '%') {
-                int d;
-                do {
-                    d = r.Get();
-                    ++pos;
-                } while (d >= 0 && d != '\n' && d != '\r');
-                if (d < 0) --pos;
-            } else {
-                break;
-            }
-        }
-        if (Match(r, "endobj")) {
-            // The rule counts the keyword and one end-of-line byte behind it, and leaves a
-            // line end in front of the keyword in the data.
-            const UInt64 length = pos >= 10 ? pos - 10 : 0;
-            PutNumber(e_Length, double(length));
-            return length;
-        }
-        r.Seek(Int64(m_data_offset + pos));
-    }
+    const UInt64 start = static_cast<UInt64>(r.Tell());
+    StreamEnd end;
+    const int byte = SkipPastStreamEnd(r, end) ? 0 : EOF;
+    LUM_CHECK(byte != EOF, "Unexpected end of stream");
+    // The rule counts from the data's start to the "endobj" (white space behind "endstream"
+    // included), less the keyword and one end-of-line byte: a line end in front of the
+    // keyword stays in the data.
+    const UInt64 to_endobj = end.at_endobj - start;
+    const UInt64 length = to_endobj >= 10 ? to_endobj - 10 : 0;
+    PutNumber(e_Length, double(length));
+    return length;
 }
 
 std::unique_ptr<Filters::Filter> FileStream::GetRawStream(bool decrypt) {

@@ -190,17 +190,17 @@ inline void Parser::AppendToken(const UInt8* bytes, size_t n) {
 
 // Byte-wise through the reader's inline Peek/Get: tokens are short, and a call per run would
 // cost more than the run.
-void Parser::SkipWhiteSpaceAndComments() {
+void Parser::SkipWhiteSpaceAndComments(Filters::FilterReader& reader) {
     for (;;) {
-        int c = m_stream.Peek();
+        int c = reader.Peek();
         while (c >= 0 && (gl_char_class[c] & e_white)) {
-            m_stream.Get();
-            c = m_stream.Peek();
+            reader.Get();
+            c = reader.Peek();
         }
         if (c != '%') return;
         // A comment runs through the next LF or CR.
         do {
-            c = m_stream.Get();
+            c = reader.Get();
         } while (c >= 0 && c != '\n' && c != '\r');
     }
 }

@@ -70,7 +70,8 @@ public:
     std::string SkipHeader();
 
     // Skips white space and comments exactly as between tokens.
-    void SkipWhiteSpaceAndComments();
+    void SkipWhiteSpaceAndComments() { SkipWhiteSpaceAndComments(m_stream); }
+    static void SkipWhiteSpaceAndComments(Filters::FilterReader& reader);
 
     // An object number from a number operand, truncated toward zero. A value that no 32-bit
     // number holds (negative, too large) answers 0xFFFFFFFF, which no table reaches. An

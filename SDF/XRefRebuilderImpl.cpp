@@ -5,6 +5,7 @@
 #include "Common/Exception.h"
 #include "Common/Limits.h"
 #include "SDF/DocImpl.h"
+#include "SDF/KeywordScanner.h"
 #include "SDF/ObjParser.h"
 #include "SDF/XRefUtil.h"
 
@@ -123,23 +124,10 @@ Obj* XRefRebuilderImpl::Rebuild(StreamData, UInt64 pos, UInt32 num, UInt16 gen, 
 
     // The data is searched, never tokenised. A stream ends at an "endstream" that "endobj"
     // follows, so data holding the word "endstream" survives.
-    KeywordScanner end_stream("endstream");
-    UInt64 data_end;
-    for (;;) {
-        const int byte = end_stream.SkipPast(m_stream) ? 0 : EOF;
-        LUM_CHECK(byte != EOF, "Unexpected end of stream");
-        data_end = static_cast<UInt64>(m_stream.Tell());
-        SkipWhiteSpaceAndComments();
-        size_t matched = 0;
-        while (matched < kEndObjLen && m_stream.Peek() == kEndObj[matched]) {
-            m_stream.Get();
-            ++matched;
-        }
-        if (matched == kEndObjLen) break;
-        // What matched of "endobj" may start the next "endstream".
-        end_stream.ResetMatch();
-        for (size_t i = 0; i < matched; ++i) end_stream.Feed(static_cast<UInt8>(kEndObj[i]));
-    }
+    StreamEnd end;
+    const int byte = SkipPastStreamEnd(m_stream, end) ? 0 : EOF;
+    LUM_CHECK(byte != EOF, "Unexpected end of stream");
+    const UInt64 data_end = end.behind_endstream;
 
     Obj* taken = nullptr;
     Obj* type = nullptr;

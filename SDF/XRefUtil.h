@@ -1,12 +1,10 @@
 #pragma once
 // Small helpers shared by the cross-reference parser and the rebuild: turning the doubles of
-// parsed numbers into the integer fields of table entries, and scanning raw bytes for keywords.
+// parsed numbers into the integer fields of table entries.
 #include <cmath>
 #include <cstring>
-#include <vector>
 
 #include "Common/Types.h"
-#include "Filters/FilterReader.h"
 
 namespace lum::SDF::XRefUtil {
 
@@ -32,32 +30,5 @@ inline bool StartsWith(const char* word, const char* prefix) noexcept {
     return std::strncmp(word, prefix, std::strlen(prefix)) == 0;
 }
 
-// Finds a keyword in a byte stream, taking every byte as a possible start of it (so a partial
-// match loses nothing). Scans whole reader windows with memchr while nothing is matched, so a
-// long stream's data costs about what reading it costs.
-class KeywordScanner {
-public:
-    explicit KeywordScanner(const char* keyword);
-
-    // Feeds one byte; answers true when it completes the keyword.
-    bool Feed(UInt8 c) noexcept {
-        while (m_matched > 0 && c != m_keyword[m_matched]) m_matched = m_fallback[m_matched - 1];
-        if (c == m_keyword[m_matched]) ++m_matched;
-        if (m_matched == m_keyword.size()) {
-            m_matched = 0;
-            return true;
-        }
-        return false;
-    }
-    void ResetMatch() noexcept { m_matched = 0; }
-
-    // Reads until the keyword has been read; false at the end of the data.
-    bool SkipPast(Filters::FilterReader& reader);
-
-private:
-    std::vector<UInt8> m_keyword;
-    std::vector<size_t> m_fallback;  // longest proper prefix that is also a suffix, per length
-    size_t m_matched = 0;
-};
 
 }  // namespace lum::SDF::XRefUtil

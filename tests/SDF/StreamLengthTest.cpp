@@ -57,6 +57,8 @@ TEST(StreamLength, WhatTheReaderDelivers) {
          {{3, "3 0 obj <<>> stream\nxy\nendstream %c\n endobj"}}, "xy\nends", true},
         {"endstream at once", {{3, "3 0 obj <<>> stream\nendstream\nendobj"}}, "", true},
         {"overlapping start", {{3, "3 0 obj <<>> stream\nendendstream\nendobj"}}, "end", true},
+        // A partial keyword in the data: the match restarts inside it, not behind it.
+        {"partial keyword", {{3, "3 0 obj <<>> stream\nABCendstrendstream\nendobj"}}, "ABCendstr", true},
     };
     for (const auto& c : cases) {
         MemDoc doc(WithObjects(c.objects, 6));

@@ -1,6 +1,8 @@
-#include "SDF/XRefUtil.h"
+#include "SDF/KeywordScanner.h"
 
-namespace lum::SDF::XRefUtil {
+#include "SDF/Parser.h"
+
+namespace lum::SDF {
 
 KeywordScanner::KeywordScanner(const char* keyword)
     : m_keyword(keyword, keyword + std::strlen(keyword)), m_fallback(m_keyword.size(), 0) {
@@ -35,4 +37,23 @@ bool KeywordScanner::SkipPast(Filters::FilterReader& reader) {
     }
 }
 
-}  // namespace lum::SDF::XRefUtil
+bool SkipPastStreamEnd(Filters::FilterReader& reader, StreamEnd& out) {
+    static const char kEndObj[] = "endobj";
+    KeywordScanner end_stream("endstream");
+    for (;;) {
+        if (!end_stream.SkipPast(reader)) return false;
+        out.behind_endstream = static_cast<UInt64>(reader.Tell());
+        Parser::SkipWhiteSpaceAndComments(reader);
+        out.at_endobj = static_cast<UInt64>(reader.Tell());
+        size_t matched = 0;
+        while (kEndObj[matched] && reader.Peek() == UInt8(kEndObj[matched])) {
+            reader.Get();
+            ++matched;
+        }
+        if (!kEndObj[matched]) return true;
+        // What matched of "endobj" ("end") may begin the next "endstream".
+        for (size_t i = 0; i < matched; ++i) end_stream.Feed(UInt8(kEndObj[i]));
+    }
+}
+
+}  // namespace lum::SDF
