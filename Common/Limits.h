@@ -124,14 +124,17 @@ inline constexpr std::size_t kMaxCryptFilters = 32;
 // numbers that are each looked up and reported. Real documents stay far below it.
 inline constexpr std::int32_t kMaxPageCount = 1 << 20;
 
-// Numbers. A single page list token may select at most this many numbers ("2000000000-" on a
-// ten-page document would otherwise fill a set with two billion numbers); a wider range is
-// a bad token.
-inline constexpr std::int64_t kMaxPageListRange = kMaxPageCount;
+// Numbers. Page numbers above the page count that one range of the page list selects are
+// each looked up and reported as not found; past this many the rest are left out and reported
+// in one line ("2147483647-" on a ten-page file would otherwise print two billion lines).
+inline constexpr std::int64_t kMaxMissingPageReports = 10000;
 
-// Levels. Depth of the page tree walk and of a page's Parent chain. Real trees are a handful
-// of levels deep; the cap stops chains built to exhaust the walk (peers use 100 to 1024).
-inline constexpr int kMaxPageTreeDepth = 1024;
+// Levels. Depth of the page tree walk and of a page's Parent chain. The walk keeps its own
+// stack (a few dozen bytes a level) and a set of the nodes on its path, so depth costs memory,
+// not recursion: peers open chains of thousands of levels, and so does this. The cap bounds
+// the quadratic worst case of a hostile chain with a page at every level (each page's
+// inherited attributes climb the whole chain); real trees are a handful of levels deep.
+inline constexpr int kMaxPageTreeDepth = 10000;
 
 // --- Page content ---
 

@@ -73,7 +73,7 @@ Obj* PDFDoc::GetPagesRoot() { return GetRoot()->Get(SDF::e_Pages)->second; }
 Int32 PDFDoc::GetPageCount() {
     Obj* pages = GetPagesRoot();
     Obj* count = pages->FindObj(SDF::e_Count);
-    if (!count || !count->IsNumber()) return 1;
+    if (!count) return 1;  // a Count of another kind raises here
     const double n = std::trunc(count->GetNumber());
     if (!(n > 0)) return 0;  // NaN too
     if (n > Limits::kMaxPageCount) return Limits::kMaxPageCount;

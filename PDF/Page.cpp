@@ -28,17 +28,13 @@ const SDF::Name& BoxKey(Page::Box kind) {
 
 bool HasArea(const Rect& r) { return r.x2 - r.x1 != 0 && r.y2 - r.y1 != 0; }
 
-// The parent of `node` for the inheritance walk, or null where the walk must end: no Parent,
-// a Parent that is the node itself, not a dictionary, or that can't be read.
+// The parent of `node` for the inheritance walk, or null where the walk ends: no Parent, or a
+// Parent that is the node itself. A Parent of another kind is asked like a node: a stream
+// answers from its dictionary, anything else raises, and so does one that can't be loaded.
 Obj* ParentOf(Obj* node) {
-    try {
-        Obj* parent = node->FindObj(SDF::e_Parent);
-        if (!parent || parent == node || parent->GetDirect() == node->GetDirect()) return nullptr;
-        if (!parent->IsDict()) return nullptr;
-        return parent;
-    } catch (const Common::Exception&) {
-        return nullptr;
-    }
+    Obj* parent = node->FindObj(SDF::e_Parent);
+    if (!parent || parent == node || parent->GetDirect() == node->GetDirect()) return nullptr;
+    return parent;
 }
 
 }  // namespace
@@ -64,8 +60,10 @@ Obj* Page::FindInheritedAttribute(const SDF::Name& key) const {
 }
 
 Obj* Page::FindBoxArray(const SDF::Name& key) const {
+    // Only the size is tested: a string or dictionary of four or more passes, and fails in the
+    // conversion to a Rect.
     Obj* box = FindInheritedAttribute(key);
-    if (box && box->IsArray() && box->Size() > 3) return box;
+    if (box && box->Size() > 3) return box;
     return nullptr;
 }
 
@@ -100,13 +98,13 @@ Rect Page::GetBox(Box kind) const {
     }
     const Rect crop = CropBox(false);
     if (kind == e_crop) return crop;
+    // These boxes are converted as found, with no test of their size.
+    Obj* box = FindInheritedAttribute(BoxKey(kind));
     if (kind == e_user_crop) {
-        Obj* box = FindBoxArray(BoxKey(e_user_crop));
         Rect user;
         if (box && user.IntersectRect(Rect(box), crop)) return user;
         return crop;
     }
-    Obj* box = FindBoxArray(BoxKey(kind));
     if (!box) return crop;
     Rect r;
     r.IntersectRect(Rect(box), GetMediaBox());  // no overlap leaves all zeros, as intended

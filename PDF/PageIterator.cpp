@@ -112,14 +112,6 @@ bool PageIterator::OnPath(Obj* node) const {
     return false;
 }
 
-bool PageIterator::IsOnPath(const std::vector<PageWalkMemo::Frame>& frames, Obj* node) {
-    Obj* direct = node->GetDirect();
-    for (const auto& f : frames) {
-        if (f.node == node || f.node->GetDirect() == direct) return true;
-    }
-    return false;
-}
-
 Obj* PageIterator::Find(Obj* root, Int32 p, PageWalkMemo* memo) {
     m_stack.clear();
     if (p == 0) return nullptr;
@@ -146,27 +138,39 @@ Obj* PageIterator::Find(Obj* root, Int32 p, PageWalkMemo* memo) {
     double seen = 0;
     UInt64 i = 0;
     if (memo && memo->root == root && memo->page > 0 && p > memo->page) {
-        // A walk for a later page than the last one found makes the same decisions up to the
-        // first level whose entered node ends before p, so it starts there. Pages asked for in
-        // ascending order thus cost one pass over the tree in all, even where the root's Count
-        // is wrong and a flat tree can't be indexed.
+        // A walk for a later page than the last one makes the same decisions up to the first
+        // level whose entered node ends before p, so it starts there. Pages asked for in
+        // ascending order thus cost one pass over the tree in all, found or not, even where the
+        // root's Count is wrong and a flat tree can't be indexed.
         const auto& last = memo->frames;
-        const size_t leaf_level = last.size() - 1;
+        const size_t last_level = last.size() - 1;
         size_t level = 0;
-        while (level < leaf_level && p <= last[level].seen + last[level].count) ++level;
+        while (level < last_level && p <= last[level].seen + last[level].count) ++level;
+        // The entered node without kids that ended the last walk ends this one as well.
+        if (memo->dead_end && level == last_level && p <= last[level].seen + last[level].count)
+            return nullptr;
         frames.assign(last.begin(), last.begin() + static_cast<std::ptrdiff_t>(level) + 1);
         seen = last[level].seen + last[level].count;
         i = last[level].index + 1;
     } else {
         frames.push_back({root, kids, 0, 0, 0});
     }
+    std::unordered_set<Obj*> on_path;
+    for (const auto& f : frames) on_path.insert(f.node->GetDirect());
 
     // The walk only ever goes down: each step either moves to the next kid or enters a node
     // that is not on the path yet, and the path is capped, so it ends.
     Obj* found = nullptr;
+    bool dead_end = false;
     for (;;) {
         PageWalkMemo::Frame& f = frames.back();
-        if (i >= f.kids->Size()) break;  // the kids of the node ran out
+        if (i >= f.kids->Size()) {
+            // The kids of the node ran out: a later page resumes here and runs out as well.
+            f.index = i - 1;
+            f.seen = seen;
+            f.count = 0;
+            break;
+        }
         Obj* kid = KidAt(f.kids, static_cast<UInt32>(i), f.node);
         if (IsPageNode(kid)) {
             if (seen + 1 == p) {
@@ -188,7 +192,7 @@ Obj* PageIterator::Find(Obj* root, Int32 p, PageWalkMemo* memo) {
         }
         // A node that is already on the path (a cycle in Kids), or one level too many, is
         // passed over as if the page lay beyond it: the pages it claims are not found.
-        if (p > seen + count || IsOnPath(frames, kid) ||
+        if (p > seen + count || on_path.count(kid->GetDirect()) ||
             frames.size() >= static_cast<size_t>(Limits::kMaxPageTreeDepth)) {
             seen += count;
             ++i;
@@ -197,15 +201,20 @@ Obj* PageIterator::Find(Obj* root, Int32 p, PageWalkMemo* memo) {
         f.index = i;
         f.seen = seen;
         f.count = count;
-        if (sub_kids->Size() == 0) break;  // an entered node without kids ends the walk
+        if (sub_kids->Size() == 0) {  // an entered node without kids ends the walk
+            dead_end = true;
+            break;
+        }
+        on_path.insert(kid->GetDirect());
         frames.push_back({kid, sub_kids, 0, 0, 0});
         i = 0;
     }
-    if (!found) return nullptr;
-    for (const auto& f : frames) m_stack.emplace_back(static_cast<UInt32>(f.index), f.node);
+    if (found)
+        for (const auto& f : frames) m_stack.emplace_back(static_cast<UInt32>(f.index), f.node);
     if (memo) {
         memo->root = root;
         memo->page = p;
+        memo->dead_end = dead_end;
         memo->frames = std::move(frames);
     }
     return found;

@@ -12,8 +12,9 @@ namespace lum::PDF {
 
 class PDFDoc;
 
-// The path of the last page found in one tree, from which a lookup of a later page goes on
-// instead of walking from the root again.
+// The path of the last walk in one tree, from which a lookup of a later page goes on instead of
+// walking from the root again. Each frame holds the decision taken at its level: the kid
+// entered (or the page found, or the end of the kids when the walk ran out).
 struct PageWalkMemo {
     struct Frame {
         SDF::Obj* node;
@@ -23,7 +24,9 @@ struct PageWalkMemo {
         double count;  // the pages it holds by its Count (1 for the page)
     };
     SDF::Obj* root = nullptr;
-    Int32 page = 0;
+    Int32 page = 0;  // the page of the last walk, found or not
+    // The last walk entered a node without kids, which ends the walk of every page it claims.
+    bool dead_end = false;
     std::vector<Frame> frames;
 };
 
@@ -64,7 +67,6 @@ private:
     // can't be read (the latter is also written into the tree in its place).
     SDF::Obj* KidAt(SDF::Obj* kids, UInt32 i, SDF::Obj* parent);
     bool OnPath(SDF::Obj* node) const;
-    static bool IsOnPath(const std::vector<PageWalkMemo::Frame>& frames, SDF::Obj* node);
     void SetEnd();
 
     Stack m_stack;

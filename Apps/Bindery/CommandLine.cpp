@@ -140,16 +140,12 @@ constexpr Switch kSwitches[] = {
 
 // One input name of the command line.
 void ProcessInputName(const std::string& name, Options& opt) {
-    // An empty name would otherwise resolve to the current folder and walk it.
-    fs::path path;
-    bool found = false;
-    if (!name.empty()) {
-        path = FullPath(fs::path(name));
+    // Made absolute, an empty name names the current folder, which is walked.
+    fs::path path = FullPath(fs::path(name));
+    bool found = PathExists(path);
+    if (!found && fs::path(name).extension().empty()) {
+        path = FullPath(fs::path(name + opt.m_extension));
         found = PathExists(path);
-        if (!found && fs::path(name).extension().empty()) {
-            path = FullPath(fs::path(name + opt.m_extension));
-            found = PathExists(path);
-        }
     }
     if (!found) {
         if (opt.m_verbosity >= 1) SendMessage(opt, e_msg_error, "Wrong input filename or path: " + name);

@@ -12,6 +12,7 @@
 #include "Apps/Bindery/WriteText.h"
 #include "Apps/Bindery/misc/ParsePages.h"
 #include "Common/Exception.h"
+#include "Common/Limits.h"
 #include "Common/UString.h"
 #include "Filters/StdFile.h"
 #include "PDF/PDFDoc.h"
@@ -163,8 +164,9 @@ bool ProcessDocument(const boost::filesystem::path& file,
 
         std::set<Int32> pages;
         const Int32 page_count = doc->GetPageCount();
+        Int32 left_out = 0;
         try {
-            ParsePages(opt.m_pages, pages, page_count);
+            ParsePages(opt.m_pages, pages, page_count, &left_out);
         } catch (...) {
             // The pages of the tokens before the bad one are still converted.
             SendMessage(opt, e_msg_error,
@@ -190,6 +192,12 @@ bool ProcessDocument(const boost::filesystem::path& file,
             if (ProcessPage(opt, *it, n, stem, pattern, file, extractor) ==
                 PageResult::e_abandon_document)
                 return false;
+        }
+        if (left_out > 0) {
+            const Int64 first = Int64(page_count) + Limits::kMaxMissingPageReports + 1;
+            SendMessage(opt, e_msg_error,
+                        "Page numbers " + std::to_string(first) + " to " + std::to_string(left_out) +
+                            " not found (too many to report one by one).\n");
         }
         return true;
     } catch (const Common::Exception& e) {

@@ -15,18 +15,20 @@ namespace {
 
 using Tokens = boost::tokenizer<boost::char_separator<char>>;
 
-[[noreturn]] void BadToken(const std::string& token) {
-    LUM_FAIL("%s", ("Incorrect Syntax for Pagelist " + token).c_str());
-}
-
 // Adds first..last in steps of `step`; 64-bit so that a range ending at INT32_MAX terminates.
-// A range wider than the bound (an open range starting far beyond the end, or a page count
-// from a hostile file) would select millions of numbers that are all reported as missing.
-void AddRange(std::set<Int32>& pages, const std::string& token, Int64 first, Int64 last,
-              Int64 step) {
-    if (last - first >= Limits::kMaxPageListRange) BadToken(token);
-    for (Int64 i = first; i <= last; i += step) pages.insert(static_cast<Int32>(i));
-}
+// Numbers above the document's pages are only reported as missing, one line each: a range
+// such as "2147483647-" keeps the first of them and records how far it reached.
+struct RangeAdder {
+    std::set<Int32>& pages;
+    Int64 keep_up_to;
+    Int32* left_out;
+
+    void operator()(Int64 first, Int64 last, Int64 step) const {
+        for (Int64 i = first; i <= last && i <= keep_up_to; i += step)
+            pages.insert(static_cast<Int32>(i));
+        if (last > keep_up_to && left_out && last > *left_out) *left_out = static_cast<Int32>(last);
+    }
+};
 
 Int64 FirstOfParity(Int64 from, bool even) {
     return ((from % 2 == 0) == even) ? from : from + 1;
@@ -34,15 +36,17 @@ Int64 FirstOfParity(Int64 from, bool even) {
 
 }  // namespace
 
-void ParsePages(const std::string& text, std::set<Int32>& pages, Int32 page_count) {
+void ParsePages(const std::string& text, std::set<Int32>& pages, Int32 page_count,
+                Int32* left_out) {
     pages.clear();
     const Int32 n = page_count;
+    const RangeAdder AddRange{pages, Int64(n) + Limits::kMaxMissingPageReports, left_out};
     boost::char_separator<char> sep(",");
     for (const std::string& token : Tokens(text, sep)) {
         const std::string::size_type minus = token.find('-');
         if (minus != std::string::npos) {
             if (token == "-") {
-                AddRange(pages, token, 1, n, 1);
+                AddRange(1, n, 1);
                 continue;
             }
             const std::string a = token.substr(0, minus);
@@ -59,18 +63,18 @@ void ParsePages(const std::string& text, std::set<Int32>& pages, Int32 page_coun
             LUM_CHECK((r1>0 && r2>0), "%s", ("Incorrect Syntax for Pagelist " + token).c_str());
             if (r1 > r2) std::swap(r1, r2);
             if (b.find_first_of("eE") != std::string::npos) {
-                AddRange(pages, token, FirstOfParity(r1, true), r2, 2);
+                AddRange(FirstOfParity(r1, true), r2, 2);
             } else if (b.find_first_of("oO") != std::string::npos) {
-                AddRange(pages, token, FirstOfParity(r1, false), r2, 2);
+                AddRange(FirstOfParity(r1, false), r2, 2);
             } else {
-                AddRange(pages, token, r1, r2, 1);
+                AddRange(r1, r2, 1);
             }
             continue;
         }
         if (token == "e" || token == "E" || token == "even") {
-            AddRange(pages, token, 2, n, 2);
+            AddRange(2, n, 2);
         } else if (token == "o" || token == "O" || token == "odd") {
-            AddRange(pages, token, 1, n, 2);
+            AddRange(1, n, 2);
         } else {
             const Int32 page_num = std::atoi(token.c_str());
             LUM_CHECK((page_num>0), "%s", ("Incorrect Syntax for Pagelist " + token).c_str());

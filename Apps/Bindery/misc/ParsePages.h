@@ -12,7 +12,11 @@ namespace lum::Bindery {
 // Fills `pages` (emptied first) with the page numbers that `text` selects in a document of
 // `page_count` pages. Raises on a bad token; what the earlier tokens selected stays in `pages`.
 // Single numbers are kept even above the count, so the driver can report them as not found.
-void ParsePages(const std::string& text, std::set<Int32>& pages, Int32 page_count);
+// A range reaching far above the count keeps only its first numbers there; the greatest
+// number it left out goes to `left_out` (kept at 0 when nothing was), and every number left
+// out lies above `page_count` + Limits::kMaxMissingPageReports.
+void ParsePages(const std::string& text, std::set<Int32>& pages, Int32 page_count,
+                Int32* left_out = nullptr);
 
 // Reads "x1,y1,x2,y2" into `box`, ordered. False when fewer than four values are given;
 // values that are no numbers read as 0.

@@ -118,14 +118,17 @@ TEST(BatchWalkCli, InputNamesAndTheExtensionRetry) {
         {{"--verb", "0", "x", "a"}, {}, ""},
         {{"--extension", ".txt", "paper"}, {"paper.txt"}, ""},
         {{"--extension", ".PDF", "a.pdf"}, {}, ""},
-        {{""}, {}, "Error: Wrong input filename or path: \n"},
+        {{""}, {"a.pdf", "c.pdf"}, ""},  // the current folder
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::PrintToString(c.args));
         const RunResult r = RunScrivex(c.args, dir.path());
         ExpectCleanRun(r);
         EXPECT_EQ(r.status, 0);
-        EXPECT_EQ(EchoedUnder(r, dir.path()), c.echoed) << r.out;
+        // A folder is walked in the platform's order.
+        const bool folder = c.args[0].empty();
+        const auto echoed = EchoedUnder(r, dir.path());
+        EXPECT_EQ(folder ? Sorted(echoed) : echoed, c.echoed) << r.out;
         if (c.out_has.empty()) {
             EXPECT_FALSE(Contains(r.out, "Error")) << r.out;
         } else {

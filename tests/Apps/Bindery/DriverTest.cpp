@@ -173,8 +173,14 @@ INSTANTIATE_TEST_SUITE_P(
             "2,x,3",
             "Error: An illegal value was specified for 'pages' option: 2,x,3\n\n" + Report(2)},
         PageListCase{"0", "Error: An illegal value was specified for 'pages' option: 0\n\n"},
-        PageListCase{"2147483647-",
-                     "Error: An illegal value was specified for 'pages' option: 2147483647-\n\n"}));
+        // Page 6, the first numbers above it one by one, and the rest in one line.
+        PageListCase{"2147483647-", [] {
+                         std::string out = Report(6);
+                         for (int n = 7; n <= 6 + 10000; ++n)
+                             out += "Error: Page number " + std::to_string(n) + " not found.\n\n";
+                         return out + "Error: Page numbers 10007 to 2147483647 not found (too many to "
+                                      "report one by one).\n\n";
+                     }()}));
 
 TEST(DriverCli, FailuresEndWhatTheyShould) {
     TempDir dir;

@@ -110,21 +110,21 @@ TEST(PageList, CheckTextsNameTheFailedCondition) {
     }
 }
 
-TEST(PageList, RangeWidthIsBoundedAtTheLimit) {
-    const auto limit = static_cast<int>(lum::Limits::kMaxPageListRange);
+TEST(PageList, NumbersFarAboveTheCountAreLeftOutAndCounted) {
+    const int bound = static_cast<int>(lum::Limits::kMaxMissingPageReports);
     std::set<int> pages;
-    // An open range from far beyond the end would select every number up to its start.
-    ParsePages(std::to_string(limit) + "-", pages, 1);
-    EXPECT_EQ(static_cast<size_t>(limit), pages.size());
-    EXPECT_THROW(ParsePages(std::to_string(limit + 1) + "-", pages, 1), lum::Common::Exception);
-    EXPECT_THROW(ParsePages("2147483647-", pages, 10), lum::Common::Exception);
-    // The whole document at the bound passes; above it the page count itself is rejected.
-    ParsePages("-", pages, limit);
-    EXPECT_EQ(static_cast<size_t>(limit), pages.size());
-    EXPECT_THROW(ParsePages("-", pages, limit + 1), lum::Common::Exception);
+    int left_out = 0;
+    // Page 10 and the first numbers above it; the rest are only counted.
+    ParsePages("2147483647-", pages, 10, &left_out);
+    EXPECT_EQ(10, *pages.begin());
+    EXPECT_EQ(10 + bound, *pages.rbegin());
+    EXPECT_EQ(static_cast<size_t>(bound + 1), pages.size());
+    EXPECT_EQ(2147483647, left_out);
     // Single numbers are kept whatever their size.
-    ParsePages("2147483647", pages, 10);
+    left_out = 0;
+    ParsePages("2147483647", pages, 10, &left_out);
     EXPECT_EQ(std::set<int>{2147483647}, pages);
+    EXPECT_EQ(0, left_out);
 }
 
 struct ClipCase {
