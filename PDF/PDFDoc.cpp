@@ -1,10 +1,12 @@
 #include "PDF/PDFDoc.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
 #include "Common/Exception.h"
 #include "Common/Limits.h"
+#include "Common/NumberConversions.h"
 #include "Filters/MappedFile.h"
 #include "SDF/DocImpl.h"
 #include "SDF/Obj.h"
@@ -74,10 +76,8 @@ Int32 PDFDoc::GetPageCount() {
     Obj* pages = GetPagesRoot();
     Obj* count = pages->FindObj(SDF::e_Count);
     if (!count) return 1;  // a Count of another kind raises here
-    const double n = std::trunc(count->GetNumber());
-    if (!(n > 0)) return 0;  // NaN too
-    if (n > Limits::kMaxPageCount) return Limits::kMaxPageCount;
-    return static_cast<Int32>(n);
+    const Int64 n = Common::TruncateSaturated(count->GetNumber());
+    return static_cast<Int32>(std::clamp<Int64>(n, 0, Limits::kMaxPageCount));
 }
 
 PageIterator PDFDoc::GetPageIterator(Int32 page_number) {

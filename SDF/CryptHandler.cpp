@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "Common/Exception.h"
+#include "Common/NumberConversions.h"
 #include "SDF/CryptFilters.h"
 #include "SDF/CryptKeys.h"
 #include "SDF/Crypto.h"
@@ -33,9 +34,9 @@ void CryptHandler::Initialize(Obj*, Obj* encrypt, SecurityHandler* parent) {
     LUM_CHECK(mp_parent != nullptr, "A crypt filter needs the standard security handler");
     if (!HasKey() || !encrypt) return;
     if (Obj* len = encrypt->FindObj(e_Length); len && len->IsNumber()) {
-        const double bytes = (len->GetNumber() + 7) / 8;
+        const Int32 bytes = Common::TruncateToInt32((len->GetNumber() + 7) / 8);
         // The key field holds 32 bytes; the tests refuse a length it cannot hold.
-        m_key_len = bytes > 0 && bytes < 1024 ? Int32(bytes) : 0;
+        m_key_len = bytes > 0 && bytes < 1024 ? bytes : 0;
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include "Common/Exception.h"
 #include "Common/Limits.h"
+#include "Common/NumberConversions.h"
 #include "Filters/ExtBufInputFilter.h"
 #include "Filters/FilterReader.h"
 #include "SDF/DocImpl.h"
@@ -18,12 +19,8 @@ namespace lum::SDF {
 
 namespace {
 
-// A Length as the file gives it. Negative lengths read as empty; NaN can't come from a parse.
-UInt64 LengthFromNumber(double value) {
-    if (!(value > 0)) return 0;
-    if (value >= 18446744073709551615.0) return ~UInt64(0);
-    return UInt64(value);
-}
+// A Length as the file gives it: negative lengths read as empty.
+UInt64 LengthFromNumber(double value) { return Common::TruncateToUInt64(value, 0); }
 
 }  // namespace
 

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "Common/Exception.h"
+#include "Common/NumberConversions.h"
 #include "SDF/DocImpl.h"
 #include "SDF/ObjStmParser.h"
 #include "SDF/SecurityHandler.h"
@@ -13,9 +14,7 @@ namespace lum::SDF {
 
 namespace {
 
-bool StartsWith(const char* word, const char* prefix) {
-    return std::strncmp(word, prefix, std::strlen(prefix)) == 0;
-}
+using Common::StartsWith;
 
 }  // namespace
 

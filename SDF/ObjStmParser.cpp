@@ -4,6 +4,7 @@
 
 #include "Common/Exception.h"
 #include "Common/Limits.h"
+#include "Common/NumberConversions.h"
 #include "SDF/DocImpl.h"
 
 namespace lum::SDF {
@@ -13,13 +14,11 @@ namespace {
 // Head values are object numbers and offsets; a value no 32-bit number holds reads as 0,
 // which fails as a number and points nowhere as an offset.
 UInt32 HeadValue(const Obj* v) {
-    const double d = v->GetNumber();
-    return d >= 0 && d < 4294967296.0 ? UInt32(d) : 0;
+    return Common::TruncateToUInt32Or(v->GetNumber(), 0);
 }
 
 Int64 RequiredInt(Obj* stream, StaticName key) {
-    const double v = stream->Get(key)->second->GetNumber();
-    return v == v ? Int64(std::clamp(v, -9.0e18, 9.0e18)) : 0;
+    return Common::TruncateSaturated(stream->Get(key)->second->GetNumber());
 }
 
 }  // namespace

@@ -5,11 +5,11 @@
 #include "SDF/Parser.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstring>
 
 #include "Common/Exception.h"
 #include "Common/Limits.h"
+#include "Common/NumberConversions.h"
 
 namespace lum::SDF {
 
@@ -110,9 +110,7 @@ double ParseNumberToken(const char* s, size_t n) noexcept {
 }
 
 UInt32 Parser::ToObjNum(const Obj* number) {
-    const double v = number->GetNumber();
-    if (!(v >= 0) || v >= 4294967296.0) return 0xFFFFFFFFu;
-    return UInt32(v);
+    return Common::TruncateToUInt32Or(number->GetNumber(), 0xFFFFFFFFu);
 }
 
 // --- Construction, stack, stream ---
@@ -529,10 +527,9 @@ bool Parser::LexArray() {
 
 // --- Header ---
 
-std::string Parser::SkipHeader() {
-    const Int64 start = m_stream.Tell();
-    UInt8 buf[kHeaderWindow];
-    const size_t n = m_stream.Read(buf, kHeaderWindow);
+bool Parser::FindHeader(const UInt8* buf, size_t n, size_t max_length, size_t& start,
+                        size_t& end) noexcept {
+    auto letter = [](UInt8 c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); };
     size_t i = 0;
     while (i < n) {
         if (buf[i] != '%') {
@@ -540,12 +537,11 @@ std::string Parser::SkipHeader() {
             continue;
         }
         size_t j = i + 1;
-        while (j < n && std::isalpha(buf[j])) ++j;
+        while (j < n && letter(buf[j])) ++j;
         if (j == i + 1) {
             i += 2;  // a percent without letters
             continue;
         }
-        // Letters, then "-" digits "." digits; a mismatch restarts where it stopped.
         if (j >= n || buf[j] != '-') {
             i = j;
             continue;
@@ -562,11 +558,23 @@ std::string Parser::SkipHeader() {
             i = m;
             continue;
         }
-        if (m >= n || m - i > kMaxHeaderLength) break;
-        m_stream.Seek(start + Int64(m));
-        return std::string(reinterpret_cast<const char*>(buf + i), m - i);
+        // A match that runs to the end of what was read may go on; a long one is no header.
+        if (m >= n || m - i > max_length) return false;
+        start = i;
+        end = m;
+        return true;
     }
-    LUM_FAIL("Header not found");
+    return false;
+}
+
+std::string Parser::SkipHeader() {
+    const Int64 at = m_stream.Tell();
+    UInt8 buf[kHeaderWindow];
+    const size_t n = m_stream.Read(buf, kHeaderWindow);
+    size_t start = 0, end = 0;
+    if (!FindHeader(buf, n, kMaxHeaderLength, start, end)) LUM_FAIL("Header not found");
+    m_stream.Seek(at + Int64(end));
+    return std::string(reinterpret_cast<const char*>(buf + start), end - start);
 }
 
 }  // namespace lum::SDF

@@ -69,6 +69,15 @@ public:
     // stream and leaves the stream behind its last digit; answers the header text.
     std::string SkipHeader();
 
+    // The header search that the table's reading and the rebuild share, over `n` bytes: the
+    // first match of "%" letters "-" digits "." digits (C-locale letters and digits). A percent
+    // without letters behind it skips two bytes; a partial match restarts where it stopped.
+    // True, with the match in [start, end), when there is one that ends before the last byte
+    // and holds at most `max_length` bytes; false for no match, or a first match that fails
+    // either test.
+    static bool FindHeader(const UInt8* buf, size_t n, size_t max_length, size_t& start,
+                           size_t& end) noexcept;
+
     // Skips white space and comments exactly as between tokens.
     void SkipWhiteSpaceAndComments() { SkipWhiteSpaceAndComments(m_stream); }
     static void SkipWhiteSpaceAndComments(Filters::FilterReader& reader);

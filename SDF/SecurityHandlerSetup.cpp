@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "Common/Exception.h"
+#include "Common/NumberConversions.h"
 #include "Common/UString.h"
 #include "SDF/Obj.h"
 #include "SDF/StdSecurityHandler.h"
@@ -60,10 +61,10 @@ bool GetDocSecHdlrInfo(Obj* trailer, Obj*& out_encrypt_dict, std::string& out_fi
         LUM_CHECK(out_encrypt_dict->IsDict(), "Encrypt must be a dict.");
         out_filter = out_encrypt_dict->Get(e_Filter)->second->GetName();
         auto v = out_encrypt_dict->Find(e_V);
-        out_v = v == out_encrypt_dict->DictEnd() ? 0 : TruncateToInt32(v->second->GetNumber());
+        out_v = v == out_encrypt_dict->DictEnd() ? 0 : Common::TruncateToInt32(v->second->GetNumber());
         auto len = out_encrypt_dict->Find(e_Length);
         out_length =
-            len == out_encrypt_dict->DictEnd() ? 40 : TruncateToInt32(len->second->GetNumber());
+            len == out_encrypt_dict->DictEnd() ? 40 : Common::TruncateToInt32(len->second->GetNumber());
         return true;
     } catch (const std::exception&) {
         // An Encrypt entry that cannot be read leaves the document readable without decryption.

@@ -6,6 +6,7 @@
 
 #include "Common/Exception.h"
 #include "Common/Limits.h"
+#include "Common/NumberConversions.h"
 #include "SDF/CryptFilters.h"
 #include "SDF/CryptHandler.h"
 #include "SDF/Crypto.h"
@@ -25,16 +26,10 @@ void CopyString(Obj* str, std::array<UInt8, N>& field) {
 }
 
 Int32 ReadInt(Obj* dict, const Name& key) {
-    return TruncateToInt32(dict->Get(key)->second->GetNumber());
+    return Common::TruncateToInt32(dict->Get(key)->second->GetNumber());
 }
 
 }  // namespace
-
-Int32 TruncateToInt32(double value) {
-    // Out of range (and NaN) gives the lowest value, not the bits of some wrapped form.
-    if (!(value > -2147483649.0 && value < 2147483648.0)) return INT32_MIN;
-    return Int32(value);
-}
 
 // --- StdSecurityHandler ---
 

@@ -14,10 +14,6 @@
 
 namespace lum::SDF {
 
-// A number of the Encrypt dictionary as a signed 32-bit integer, truncated toward zero. A value
-// outside the range gives the lowest one: P written in its unsigned form does not wrap.
-Int32 TruncateToInt32(double value);
-
 class StdSecurityHandler : public SecurityHandler {
 public:
     // Fails for key sizes the version cannot have (V 1: 40 bits; V 2: 40 or more; V 4: 128;

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "Common/Exception.h"
+#include "Common/NumberConversions.h"
 #include "Filters/ASCII85Decode.h"
 #include "Filters/ASCIIHexDecode.h"
 #include "Filters/CCITTFaxDecode.h"
@@ -31,9 +32,8 @@ namespace {
 // Parameter values are doubles; decoders take integers truncated toward zero. Values far
 // outside any real parameter are clamped so the conversion stays defined.
 Int64 ToInt(double v) {
-    if (!(v == v)) return 0;
-    v = std::clamp(v, -4.0e15, 4.0e15);
-    return Int64(v);
+    constexpr Int64 kBound = 4000000000000000;  // products of two stay within 64 bits
+    return std::clamp(Common::TruncateSaturated(v), -kBound, kBound);
 }
 
 // Parameters are read only from a dictionary; anything else counts as no parameters.

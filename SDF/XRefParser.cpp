@@ -5,12 +5,15 @@
 
 #include "Common/Exception.h"
 #include "Common/Limits.h"
+#include "Common/NumberConversions.h"
 #include "SDF/DocImpl.h"
-#include "SDF/XRefUtil.h"
 
 namespace lum::SDF {
 
-using namespace XRefUtil;
+using Common::CutTo16;
+using Common::CutTo32;
+using Common::CutTo64;
+using Common::StartsWith;
 
 namespace {
 
@@ -29,7 +32,6 @@ UInt64 AddOffsets(UInt64 a, UInt64 b) {
     return sum < a ? ~UInt64(0) : sum;
 }
 
-bool IsAsciiLetter(UInt8 c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 bool IsAsciiDigit(UInt8 c) { return c >= '0' && c <= '9'; }
 
 // A seek target as the filters take it; an offset beyond any file turns negative and fails.
@@ -77,10 +79,10 @@ void XRefParser::Parse(UInt64 start_num) {
     Obj* current = trailer1;
     while (current->Find(e_Prev) != current->DictEnd()) {
         const UInt64 prev =
-            AddOffsets(ToOffset(current->FindObj(e_Prev)->GetNumber()), header_offset);
+            AddOffsets(Common::TruncateToUInt64(current->FindObj(e_Prev)->GetNumber(), ~UInt64(0)), header_offset);
         if (current->Find(e_XRefStm) != current->DictEnd()) {
             const UInt64 stm =
-                AddOffsets(ToOffset(current->FindObj(e_XRefStm)->GetNumber()), header_offset);
+                AddOffsets(Common::TruncateToUInt64(current->FindObj(e_XRefStm)->GetNumber(), ~UInt64(0)), header_offset);
             // Trailers of several revisions (and both trailers of a linearised file) may name
             // the same stream; its rows could fill nothing the second time.
             if (m_stream_sections_seen.insert(stm).second)
@@ -108,48 +110,16 @@ UInt64 XRefParser::ReadHeader() {
     m_stream.Seek(0);
     UInt8 buf[kHeaderSearchBytes];
     const size_t n = m_stream.Read(buf, sizeof buf);
-    size_t i = 0;
-    while (i < n) {
-        if (buf[i] != '%') {
-            ++i;
-            continue;
-        }
-        size_t k = i + 1;
-        const size_t letters = k;
-        while (k < n && IsAsciiLetter(buf[k])) ++k;
-        if (k == letters) {
-            i += 2;  // a percent without letters is no header start
-            continue;
-        }
-        // Each further part must be there; on a mismatch the search restarts where it stopped.
-        if (k >= n || buf[k] != '-') {
-            i = k;
-            continue;
-        }
-        size_t digits = ++k;
-        while (k < n && IsAsciiDigit(buf[k])) ++k;
-        if (k == digits || k >= n || buf[k] != '.') {
-            i = k;
-            continue;
-        }
-        digits = ++k;
-        while (k < n && IsAsciiDigit(buf[k])) ++k;
-        if (k == digits) {
-            i = k;
-            continue;
-        }
-        // A match that runs to the end of what was read may go on; a long one is no header.
-        if (k >= n || k - i > kMaxHeaderBytes) return 0;
-        mp_doc->m_header.assign(reinterpret_cast<const char*>(buf + i), k - i);
-        size_t d = k;
-        while (d < n && !IsAsciiDigit(buf[d])) ++d;
-        UInt64 first = 0;
-        for (; d < n && IsAsciiDigit(buf[d]); ++d)
-            first = std::min<UInt64>(first * 10 + (buf[d] - '0'), UINT32_MAX);
-        mp_doc->m_first_obj_num = static_cast<UInt32>(first);
-        return i;
-    }
-    return 0;
+    size_t start = 0, end = 0;
+    if (!FindHeader(buf, n, kMaxHeaderBytes, start, end)) return 0;
+    mp_doc->m_header.assign(reinterpret_cast<const char*>(buf + start), end - start);
+    size_t d = end;
+    while (d < n && !IsAsciiDigit(buf[d])) ++d;
+    UInt64 first = 0;
+    for (; d < n && IsAsciiDigit(buf[d]); ++d)
+        first = std::min<UInt64>(first * 10 + (buf[d] - '0'), UINT32_MAX);
+    mp_doc->m_first_obj_num = static_cast<UInt32>(first);
+    return start;
 }
 
 UInt64 XRefParser::FindXRefOffset() {
@@ -179,7 +149,7 @@ UInt64 XRefParser::FindXRefOffset() {
         ResetNesting();
         GetObj();
         LUM_CHECK(m_operand_stack.size() == 1, "startxref expects a single argument");
-        return ToOffset(m_operand_stack[0]->GetNumber());
+        return Common::TruncateToUInt64(m_operand_stack[0]->GetNumber(), ~UInt64(0));
     }
     LUM_FAIL("PDF startxref not found. The file is not a valid PDF document.");
 }
@@ -214,8 +184,8 @@ Obj* XRefParser::ParseXRef(TableSection, UInt64 header_offset, bool first_sectio
         if (word[0] == 't' || word[0] == '\0') break;
         LUM_CHECK(m_operand_stack.size() == 4, "Bad xref");
         const bool first_free = word[0] == 'f';
-        UInt64 sect_start = ToUInt64(m_operand_stack[0]->GetNumber());
-        UInt64 sect_end = sect_start + ToUInt64(m_operand_stack[1]->GetNumber());
+        UInt64 sect_start = CutTo64(m_operand_stack[0]->GetNumber());
+        UInt64 sect_end = sect_start + CutTo64(m_operand_stack[1]->GetNumber());
         LUM_CHECK(sect_start <= sect_end, "Bad xref");
         if (second_pass) {
             if (start_num < sect_start) {
@@ -229,8 +199,8 @@ Obj* XRefParser::ParseXRef(TableSection, UInt64 header_offset, bool first_sectio
 
         GrowTable(sect_end);
         if (sect_start < sect_end)
-            ApplyRow(sect_start, ToOffset(m_operand_stack[2]->GetNumber()),
-                     ToUInt64(m_operand_stack[3]->GetNumber()), first_free, header_offset);
+            ApplyRow(sect_start, Common::TruncateToUInt64(m_operand_stack[2]->GetNumber(), ~UInt64(0)),
+                     CutTo64(m_operand_stack[3]->GetNumber()), first_free, header_offset);
         for (UInt64 n = sect_start + 1; n < sect_end; ++n) {
             ClearStack();
             while (GetObj()) {
@@ -239,8 +209,8 @@ Obj* XRefParser::ParseXRef(TableSection, UInt64 header_offset, bool first_sectio
             LUM_CHECK((opr_str[0] == 'f' || opr_str[0] == 'n') && opr_str[1] == '\0',
                       "Cross reference table is corrupt.");
             LUM_CHECK(m_operand_stack.size() == 2, "Cross reference table is corrupt.");
-            ApplyRow(n, ToOffset(m_operand_stack[0]->GetNumber()),
-                     ToUInt64(m_operand_stack[1]->GetNumber()), opr_str[0] == 'f',
+            ApplyRow(n, Common::TruncateToUInt64(m_operand_stack[0]->GetNumber(), ~UInt64(0)),
+                     CutTo64(m_operand_stack[1]->GetNumber()), opr_str[0] == 'f',
                      header_offset);
         }
         ClearStack();
@@ -331,9 +301,9 @@ Obj* XRefParser::ParseXRef(StreamSection, UInt64 header_offset, bool first_secti
     if (index) {
         const UInt64 n = index->Size();
         for (UInt64 i = 0; i < n; i += 2) {
-            const UInt64 start = ToUInt64(index->GetAt(static_cast<UInt32>(i))->GetNumber());
+            const UInt64 start = CutTo64(index->GetAt(static_cast<UInt32>(i))->GetNumber());
             const UInt64 count =
-                ToUInt64(index->GetAt(static_cast<UInt32>(i + 1))->GetNumber());
+                CutTo64(index->GetAt(static_cast<UInt32>(i + 1))->GetNumber());
             ReadXRefStream(reader, start, count, w1, w2, w3, header_offset);
         }
     } else {
@@ -435,7 +405,7 @@ bool XRefParser::ContainerOperator(const char*) {
     // A reference as operand would be loaded to answer GetNumber: not while the table is
     // being read.
     LUM_CHECK(!num_obj->IsIndirect() && !gen_obj->IsIndirect(), "R takes 2 args");
-    const UInt64 num = ToUInt64(num_obj->GetNumber());
+    const UInt64 num = CutTo64(num_obj->GetNumber());
     const UInt16 gen = CutTo16(gen_obj->GetNumber());
     PopObj();
     PopObj();

@@ -4,14 +4,17 @@
 
 #include "Common/Exception.h"
 #include "Common/Limits.h"
+#include "Common/NumberConversions.h"
 #include "SDF/DocImpl.h"
 #include "SDF/KeywordScanner.h"
 #include "SDF/ObjParser.h"
-#include "SDF/XRefUtil.h"
 
 namespace lum::SDF {
 
-using namespace XRefUtil;
+using Common::CutTo16;
+using Common::CutTo32;
+using Common::CutTo64;
+using Common::StartsWith;
 
 namespace {
 // The rebuild takes stream data on trust only up to one end-of-line byte in front of
@@ -76,7 +79,7 @@ void XRefRebuilderImpl::Rebuild() {
             } else if (!StartsWith(word, "obj") || m_operand_stack.size() != 2) {
                 continue;  // endobj, endstream and rubbish
             }
-            const UInt64 num = ToUInt64(m_operand_stack[0]->GetNumber());
+            const UInt64 num = CutTo64(m_operand_stack[0]->GetNumber());
             const UInt16 gen = CutTo16(m_operand_stack[1]->GetNumber());
             Rebuild(ObjectBody{}, pos, num, gen);
         }
@@ -273,7 +276,7 @@ bool XRefRebuilderImpl::ContainerOperator(const char*) {
     // A reference as operand would be loaded to answer GetNumber: not in the middle of a scan.
     LUM_CHECK(!num_obj->IsIndirect() && !gen_obj->IsIndirect(),
               "Reference expects two arguments");
-    const UInt64 num = ToUInt64(num_obj->GetNumber());
+    const UInt64 num = CutTo64(num_obj->GetNumber());
     const UInt16 gen = CutTo16(gen_obj->GetNumber());
     PopObj();
     PopObj();

@@ -90,15 +90,6 @@ TEST(SecurityHandlerTest, ConstructorRefusesKeySizesTheVersionCannotHave) {
     }
 }
 
-TEST(SecurityHandlerTest, NumbersTruncateToSigned32Bits) {
-    EXPECT_EQ(SDF::TruncateToInt32(-4), -4);
-    EXPECT_EQ(SDF::TruncateToInt32(-4.9), -4);
-    EXPECT_EQ(SDF::TruncateToInt32(2147483647.9), 2147483647);
-    EXPECT_EQ(SDF::TruncateToInt32(4294967292.0), INT32_MIN);
-    EXPECT_EQ(SDF::TruncateToInt32(-2147483649.0), INT32_MIN);
-    EXPECT_EQ(SDF::TruncateToInt32(std::nan("")), INT32_MIN);
-}
-
 TEST(SecurityHandlerTest, EncryptEntriesThatLeaveTheDocumentPlain) {
     const char* trailers[] = {
         "<< /Size 3 >>",

@@ -125,6 +125,7 @@ bool ParseReport(const std::string& line, Geometry& g) {
 struct OurDocument {
     PageMap pages;
     bool unopened = false;  // failed as a whole (unreadable, password)
+    std::string refusal;    // the failure's message when the file was refused as no valid PDF
 };
 
 // Our report of one batch, by file: "Processing page: n..." and the report line behind it.
@@ -143,6 +144,11 @@ void ReadOurs(const std::string& out, const std::set<std::string>& paths,
         if (current.empty()) continue;
         if (line.rfind("Processing page: ", 0) == 0) {
             page = std::atoi(line.c_str() + 17);
+            continue;
+        }
+        if (line.rfind("\t Message: ", 0) == 0 && docs[current].unopened &&
+            docs[current].refusal.empty()) {
+            docs[current].refusal = line.substr(11);
             continue;
         }
         if (line.rfind("Error: Failed to read: ", 0) == 0 ||
@@ -164,6 +170,22 @@ bool Agree(const double* ours, const double* theirs) {
     for (int i = 0; i < 4; ++i)
         if (std::fabs(ours[i] - theirs[i]) > 0.0051 + 5e-6 * std::fabs(theirs[i])) return false;
     return true;
+}
+
+// Files refused by a rule although pdfinfo reads them, with the failure's message.
+std::map<std::string, std::string> KnownRefusals() {
+    std::map<std::string, std::string> known;
+    std::ifstream in(lum::test::DataPath("refused-files.tsv"));
+    std::string line;
+    while (std::getline(in, line)) {
+        if (line.empty() || line[0] == '#') continue;
+        std::istringstream fields(line);
+        std::string file, message;
+        std::getline(fields, file, '\t');
+        std::getline(fields, message, '\t');
+        known[file] = message;
+    }
+    return known;
 }
 
 std::set<std::pair<std::string, int>> KnownDifferences() {
@@ -189,6 +211,7 @@ TEST(PageInfoCorpus, AgreesWithAnotherReader) {
 
     const std::vector<std::string> files = CorpusFiles(*corpus);
     const auto known = KnownDifferences();
+    auto refusals = KnownRefusals();
     std::map<std::string, OurDocument> ours;
     std::vector<std::string> crashes;
 
@@ -223,6 +246,16 @@ TEST(PageInfoCorpus, AgreesWithAnotherReader) {
             RunLimited("/usr/bin/pdfinfo", {"-box", "-f", "1", "-l", "99999", path}, 20);
         if (info.status != 0 || info.timed_out) continue;  // pdfinfo doesn't read it
         const OurDocument& doc = ours[path];
+        if (!doc.refusal.empty()) {
+            // Refused as no valid PDF: only by a listed rule, and for the listed reason.
+            auto listed_refusal = refusals.find(file);
+            if (listed_refusal == refusals.end())
+                mismatches.push_back(file + ": refused (" + doc.refusal + ") and not listed");
+            else if (listed_refusal->second != doc.refusal)
+                mismatches.push_back(file + ": refused with " + doc.refusal + ", listed " + listed_refusal->second);
+            else
+                refusals.erase(listed_refusal);
+        }
         for (auto& [n, theirs] : ReadPdfinfo(info.out)) {
             ++compared;
             auto it = doc.pages.find(n);
@@ -252,6 +285,7 @@ TEST(PageInfoCorpus, AgreesWithAnotherReader) {
               << ", listed differences " << listed << ", in documents that did not open "
               << unopened << "\n";
     EXPECT_TRUE(crashes.empty()) << ::testing::PrintToString(crashes);
+    for (const auto& [file, message] : refusals) mismatches.push_back(file + ": listed as refused, but opens");
     EXPECT_TRUE(mismatches.empty()) << mismatches.size() << " pages differ:\n"
                                     << ::testing::PrintToString(mismatches);
 }
