@@ -62,7 +62,6 @@ DocImpl::~DocImpl() {
     // values on the parser's stack that refer to entries, so the parser goes before the table.
     for (auto& attachment : m_attachments) attachment.reset();
     m_obj_parser.reset();
-    m_xref.Clear();
 }
 
 void DocImpl::Open(bool check_root) {
@@ -80,9 +79,11 @@ void DocImpl::Open(bool check_root) {
         // A document that waits for its password can't show its catalog yet.
         if (readable && check_root)
             LUM_CHECK(GetRoot()->Find(e_Pages) != GetRoot()->DictEnd(), "Bad Root");
+        m_xref.Seal();
         return;
     } catch (const Common::Exception& e) {
         m_repair_reason = std::string("Corrupt PDF: ") + e.what();
+        m_repair_cause = std::make_unique<Common::Exception>(e);
     }
     m_obj_parser->Reset();
     Rebuild();
@@ -93,6 +94,7 @@ void DocImpl::Open(bool check_root) {
     // ran with the handler, so that encrypted object streams could be unpacked.
     mp_security_handler.reset();
     mp_crypt_handler.reset();
+    m_xref.Seal();
     try {
         InitSecurityHandler(nullptr, true);
     } catch (const Common::Exception&) {

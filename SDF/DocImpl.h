@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "Common/Exception.h"
 #include "Common/RecursiveSharedMutex.h"
 #include "Common/Types.h"
 #include "SDF/XRefTable.h"
@@ -89,6 +90,8 @@ public:
     // Why the table had to be rebuilt ("Corrupt PDF: " and the failure's text), for diagnosis;
     // empty when the file's own table was used.
     const std::string& GetRepairReason() const { return m_repair_reason; }
+    // The failure that led to the repair, with all its texts; null when there was none.
+    const Common::Exception* GetRepairCause() const { return m_repair_cause.get(); }
 
     // The font used where a font resource is missing: one per document, made on first request,
     // Helvetica in WinAnsiEncoding. It is no part of the file (kind 0).
@@ -132,18 +135,25 @@ public:
         return held.get();
     }
 
-    // The table. Parsers of the file, object streams and the rebuild write it directly while
-    // the document opens; everyone else reads it through GetObj.
-    XRefTable m_xref;
+    // Slot `num` of the table as it stands: null for a number no section mentioned (where
+    // GetObj answers the trailer). For tools that list the table.
+    Indirect* GetEntry(size_t num) const { return m_xref[num]; }
+    const XRefTable& Table() const { return m_xref; }
 
 private:
+    // The parsers of the file, of object streams and the rebuild fill the table while the
+    // document opens; the table is sealed when the opening ends.
     friend class XRefParser;
     friend class XRefRebuilderImpl;
+    friend class ObjParser;
+    friend class ObjStmParser;
 
     // Parses the table, checks security and the catalog, and rebuilds once on any failure.
     void Open(bool check_root);
     void Rebuild();
 
+    // First, so that it dies last: targets may point into anything else.
+    XRefTable m_xref;
     SDFDoc* mp_sdfdoc = nullptr;
     bool m_has_xref_stream = false;
     bool m_rebuilt = false;
@@ -160,6 +170,7 @@ private:
     std::string m_header;
     UInt32 m_first_obj_num = 0;
     std::string m_repair_reason;
+    std::unique_ptr<Common::Exception> m_repair_cause;
     std::array<std::unique_ptr<DocAttachment>, e_attachment_count> m_attachments;
     // Objects whose load is under way on the thread that holds the object lock.
     std::vector<Indirect*> m_loading;

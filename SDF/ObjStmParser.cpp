@@ -68,15 +68,7 @@ Obj* ObjStmParser::GetNextObj() {
 }
 
 // Object streams met in a rebuild enter numbers under the same bound as the rebuild itself.
-static_assert(Limits::kMaxRebuiltObjNum == 1048576);
-
-void ObjStmParser::XRefResize(UInt32 obj_num) {
-    XRefTable& xref = mp_doc->m_xref;
-    if (obj_num < xref.size()) return;
-    LUM_CHECK(obj_num<1048576, "Bad obj num");
-    xref.Reserve(size_t(obj_num) + 1024);
-    xref.Grow(size_t(obj_num) + 1);
-}
+void ObjStmParser::XRefResize(UInt32 obj_num) { mp_doc->m_xref.GrowToHold(obj_num, LUM_FUNCTION); }
 
 bool ObjStmParser::ContainerOperator(const char* word) {
     if (word[0] != 'R' || word[1] != 0) return false;

@@ -22,7 +22,6 @@ namespace {
 constexpr Int64 kEndStreamAndEol = 10;
 constexpr char kEndObj[] = "endobj";
 constexpr size_t kEndObjLen = sizeof(kEndObj) - 1;
-static_assert(Limits::kMaxRebuiltObjNum == 1048576);
 }  // namespace
 
 XRefRebuilderImpl::XRefRebuilderImpl(DocImpl* doc) : Parser(doc) {}
@@ -261,11 +260,7 @@ bool XRefRebuilderImpl::FoundTrailer(Obj* candidate) {
 }
 
 void XRefRebuilderImpl::XRefResize(UInt64 obj_num) {
-    XRefTable& xref = mp_doc->m_xref;
-    if (obj_num < xref.size()) return;
-    LUM_CHECK(obj_num<1048576, "Bad obj num");
-    xref.Reserve(obj_num + 1024);
-    xref.Grow(obj_num + 1);
+    mp_doc->m_xref.GrowToHold(obj_num, LUM_FUNCTION);
 }
 
 bool XRefRebuilderImpl::ContainerOperator(const char*) {

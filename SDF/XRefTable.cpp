@@ -2,11 +2,17 @@
 
 #include <algorithm>
 
+#include "Common/Exception.h"
+#include "Common/Limits.h"
 #include "SDF/Obj.h"
 
 namespace lum::SDF {
 
-XRefTable::~XRefTable() { Clear(); }
+XRefTable::~XRefTable() { DestroyAll(); }
+
+void XRefTable::CheckOpen() const {
+    LUM_CHECK(!m_sealed, "The object table can't change after the document has opened");
+}
 
 Indirect* XRefTable::GetPending(size_t i) const {
     std::lock_guard<std::mutex> lock(m_mutex);
@@ -33,6 +39,7 @@ void XRefTable::MergePending() {
 }
 
 void XRefTable::Set(size_t i, Indirect* entry) {
+    CheckOpen();
     Indirect*& slot = m_main.at(i);
     if (slot == entry) return;
     delete slot;
@@ -40,11 +47,13 @@ void XRefTable::Set(size_t i, Indirect* entry) {
 }
 
 void XRefTable::Grow(size_t n) {
+    CheckOpen();
     MergePending();
     if (n > m_main.size()) m_main.resize(n, nullptr);
 }
 
 void XRefTable::Reserve(size_t n) {
+    CheckOpen();
     MergePending();
     // Geometric, so that callers reserving "number + a little" for each new number they meet
     // do not copy the table every time.
@@ -52,11 +61,25 @@ void XRefTable::Reserve(size_t n) {
 }
 
 void XRefTable::PushBack(Indirect* entry) {
+    CheckOpen();
     MergePending();
     m_main.push_back(entry);
 }
 
+void XRefTable::GrowToHold(UInt64 obj_num, const char* caller) {
+    if (obj_num < m_main.size()) return;
+    if (!(obj_num < Limits::kMaxRebuiltObjNum))
+        throw Common::Exception("obj_num<1048576", __LINE__, __FILE__, caller, "Bad obj num");
+    Reserve(size_t(obj_num) + 1024);
+    Grow(size_t(obj_num) + 1);
+}
+
 void XRefTable::Clear() {
+    CheckOpen();
+    DestroyAll();
+}
+
+void XRefTable::DestroyAll() {
     MergePending();
     // Targets first: destroying a container asks each of its values whether it is a
     // reference, so every entry must still be alive while any target dies.

@@ -4,7 +4,7 @@
 // Readers on any thread look up slots of the main vector without a lock. The main vector is
 // built single-threaded while the document opens (parse or rebuild); after that only the
 // pending part grows (objects the program makes, such as the default font), under the table's
-// mutex. Every structural change first moves the pending slots to the end of main, so a number
+// mutex, and the main vector is sealed. Every structural change first moves the pending slots to the end of main, so a number
 // always lives in exactly one of the two.
 #include <mutex>
 #include <vector>
@@ -33,6 +33,10 @@ public:
         return GetPending(i);
     }
 
+    // --- Filling, while the document opens (the parsers of the file and the repair) ---
+    // After Seal every one of these fails: the table the document opened with, or the one its
+    // repair made, is what every object number refers to from then on.
+
     // Stores `entry` (owned from now on) in slot i, which must be below size(). A previous
     // entry in the slot is destroyed with its target.
     void Set(size_t i, Indirect* entry);
@@ -42,10 +46,17 @@ public:
     void Reserve(size_t n);
     // Appends one slot to main.
     void PushBack(Indirect* entry);
+    // Makes room for object number `obj_num` met by the rebuild or an object stream it unpacks:
+    // numbers from 2^20 on fail with "Bad obj num", reported as raised by `caller`.
+    void GrowToHold(UInt64 obj_num, const char* caller);
 
     // Destroys every target first and then every entry (targets may hold pointers to other
     // entries), leaving an empty table.
     void Clear();
+
+    // Ends the filling.
+    void Seal() { m_sealed = true; }
+    bool IsSealed() const { return m_sealed; }
 
     // Appends `entry` (owned from now on) behind main and pending, under the mutex, and gives
     // it the number of its slot, which it answers.
@@ -55,6 +66,8 @@ public:
     std::mutex& GetMutex() const { return m_mutex; }
 
 private:
+    void CheckOpen() const;
+    void DestroyAll();
     Indirect* GetPending(size_t i) const;
     // Moves pending slots to the end of main; called before every structural change.
     void MergePending();
@@ -62,6 +75,7 @@ private:
     std::vector<Indirect*> m_main;
     std::vector<Indirect*> m_pending;
     mutable std::mutex m_mutex;
+    bool m_sealed = false;
 };
 
 }  // namespace lum::SDF

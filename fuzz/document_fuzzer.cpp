@@ -42,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     try {
         SDF::SDFDoc doc(std::make_unique<Filters::ExtBufInputFilter>(data, size));
         SDF::DocImpl& impl = *doc.GetImpl();
-        for (size_t n = 0; n < impl.GetXRefSize(); ++n) TouchEntry(impl.m_xref[n]);
+        for (size_t n = 0; n < impl.GetXRefSize(); ++n) TouchEntry(impl.GetEntry(n));
         try {
             doc.GetRoot()->Find(SDF::e_Pages);
         } catch (const Common::Exception&) {

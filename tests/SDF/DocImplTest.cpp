@@ -236,7 +236,7 @@ TEST(DocImpl, DefaultFontAndBlankPageAreMadeOnce) {
     EXPECT_STREQ(font->FindObj(SDF::e_BaseFont)->GetName(), "Helvetica");
     EXPECT_STREQ(font->FindObj(SDF::e_Encoding)->GetName(), "WinAnsiEncoding");
     EXPECT_STREQ(font->FindObj(SDF::e_Subtype)->GetName(), "Type1");
-    EXPECT_EQ(impl.m_xref[size], font);
+    EXPECT_EQ(impl.GetEntry(size), font);
     EXPECT_EQ(impl.GetXRefSize(), size);  // the main part does not change
 
     Indirect* page = impl.GetBlankPage();

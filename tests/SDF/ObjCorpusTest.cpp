@@ -103,8 +103,8 @@ TEST(ObjCorpus, CleanFilesLoadEveryObjectAndStream) {
             continue;
         }
         DocImpl& impl = *doc->GetImpl();
-        for (size_t n = 1; n < impl.m_xref.size(); ++n) {
-            Indirect* entry = impl.m_xref[n];
+        for (size_t n = 1; n < impl.GetXRefSize(); ++n) {
+            Indirect* entry = impl.GetEntry(n);
             if (!entry || entry->IsFree()) continue;
             Obj* value = nullptr;
             try {

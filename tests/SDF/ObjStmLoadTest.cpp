@@ -96,9 +96,11 @@ TEST(ObjStmLoad, Failures) {
     MakeCompressed(nested, 5, 3, 0);
     EXPECT_LUM_FAILURE(nested->GetObj(6)->GetType(), "Bad obj stream", kContainer, kGetObj);
     // A number whose slot is empty.
-    MemDoc empty(FileWithObjStm("6 0 8 2 ", "1 2", 2));
+    // A number whose slot is empty: the rows end at 7, the trailer's Size makes room to 12.
+    std::string holes = FileWithObjStm("6 0 8 2 ", "1 2", 2, {}, 8);
+    holes.replace(holes.find("<</Size 8 "), 10, "<</Size 12 ");
+    MemDoc empty(holes);
     MakeCompressed(empty, 6, 5, 0);
-    empty.Impl().m_xref.Set(8, nullptr);
     EXPECT_LUM_FAILURE(empty->GetObj(6)->GetType(), "Bad obj stream", "false", kLoad);
 }
 
@@ -112,12 +114,16 @@ TEST(ObjStmLoad, StreamWhoseLengthLiesInsideItself) {
     EXPECT_FALSE(doc.Entry(6)->IsLoaded());
 }
 
+// The same file without a usable table: the rebuild unpacks the object stream.
+std::string Unlisted(std::string file) {
+    file.replace(file.rfind("startxref\n") + 10, std::string::npos, "0\n%%EOF\n");
+    return file;
+}
+
 TEST(ObjStmLoad, RebuildModeEntersNumbers) {
-    MemDoc doc(FileWithObjStm("20 0 6 9 ", "[30 0 R] (x)", 2));
-    ObjParser* parser = doc.Impl().GetObjParser();
-    Obj* stream = doc->GetObj(5);
-    parser->LoadCompressedObjects(stream, true);
-    ASSERT_GT(doc.Impl().m_xref.size(), 30u);
+    MemDoc doc(Unlisted(FileWithObjStm("20 0 6 9 ", "[30 0 R] (x)", 2)));
+    ASSERT_TRUE(doc.Impl().IsRebuilt());
+    ASSERT_GT(doc.Impl().GetXRefSize(), 30u);
     Indirect* e20 = doc.Entry(20);
     ASSERT_NE(e20, nullptr);
     EXPECT_EQ(e20->GetField1(), 2);
@@ -131,12 +137,11 @@ TEST(ObjStmLoad, RebuildModeEntersNumbers) {
     // An existing entry is taken over in rebuild mode.
     EXPECT_EQ(doc.Entry(6)->GetField1(), 2);
     EXPECT_EQ(Dump(doc.Entry(6)->GetDirect()), "(x)");
-
-    MemDoc huge(FileWithObjStm("1048576 0 ", "1", 1));
-    EXPECT_LUM_FAILURE(huge.Impl().GetObjParser()->LoadCompressedObjects(huge->GetObj(5), true),
-                       "Bad obj num", "obj_num<1048576", "lum::SDF::ObjStmParser::XRefResize");
-    MemDoc below(FileWithObjStm("1048575 0 ", "1", 1));
-    EXPECT_NO_THROW(below.Impl().GetObjParser()->LoadCompressedObjects(below->GetObj(5), true));
+    // Numbers from 2^20 on end the scan there; the one below is entered.
+    MemDoc huge(Unlisted(FileWithObjStm("1048576 0 ", "1", 1)));
+    EXPECT_LT(huge.Impl().GetXRefSize(), 1048576u);
+    MemDoc below(Unlisted(FileWithObjStm("1048575 0 ", "1", 1)));
+    EXPECT_EQ(below.Impl().GetXRefSize(), 1048576u);
 }
 
 }  // namespace

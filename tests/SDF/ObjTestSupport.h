@@ -182,7 +182,7 @@ public:
     SDF::SDFDoc& operator*() { return *m_doc; }
     SDF::SDFDoc* operator->() { return m_doc.get(); }
     SDF::DocImpl& Impl() { return *m_doc->GetImpl(); }
-    SDF::Indirect* Entry(UInt32 num) { return Impl().m_xref[num]; }
+    SDF::Indirect* Entry(UInt32 num) { return Impl().GetEntry(num); }
 
 private:
     std::string m_bytes;

@@ -15,15 +15,17 @@ namespace {
 
 MemDoc OpenData(const std::string& name) { return MemDoc(ReadFile(DataPath(name))); }
 
-// Parses `bytes` with a fresh parser on a document opened (and possibly repaired) before, so
-// that a failure comes out with all its texts instead of leading to the rebuild.
+// The failure of the table's reading that sent `bytes` to the rebuild, with all its texts.
 Failure ParseFailure(const std::string& bytes) {
     MemDoc doc(bytes, false);
-    doc.Impl().m_xref.Clear();
-    return CatchFailure([&] {
-        SDF::XRefParser parser(&doc.Impl());
-        parser.Parse(0);
-    });
+    Failure f;
+    if (const Common::Exception* e = doc.Impl().GetRepairCause()) {
+        f.thrown = true;
+        f.message = e->GetMessage();
+        f.condition = e->GetCondition();
+        f.function = e->GetFunction();
+    }
+    return f;
 }
 
 // A document whose table is right, with `tail` standing where the table and trailer go.

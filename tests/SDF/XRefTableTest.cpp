@@ -22,8 +22,8 @@ std::string SmallFile() {
 
 TEST(XRefTable, PendingEntriesMoveToMainOnGrowth) {
     MemDoc doc(SmallFile());
-    SDF::XRefTable& table = doc.Impl().m_xref;
-    ASSERT_EQ(table.size(), 4u);
+    SDF::XRefTable table;
+    table.Grow(4);
     auto* a = new Indirect(&doc.Impl(), 0, 0, 0, 0);
     auto* b = new Indirect(&doc.Impl(), 0, 0, 0, 0);
     EXPECT_EQ(table.AppendPending(a), 4u);
@@ -43,13 +43,16 @@ TEST(XRefTable, PendingEntriesMoveToMainOnGrowth) {
     EXPECT_EQ(table.AppendPending(c), 8u);
 }
 
-TEST(XRefTable, ClearDestroysTargetsBeforeEntries) {
-    // Targets that refer to each other's entries: destroying a container asks each value
-    // whether it is a reference, so no entry may die before every target has.
+TEST(XRefTable, SealedAfterOpening) {
+    // The table the document opened with is what every number refers to from then on; the
+    // program's own objects go behind it.
     MemDoc doc(SmallFile());
     for (UInt32 n = 1; n < 4; ++n) doc.Get(n)->GetDirect(true);
-    doc.Impl().m_xref.Clear();
-    EXPECT_TRUE(doc.Impl().m_xref.empty());
+    SDF::XRefTable& table = const_cast<SDF::XRefTable&>(doc.Impl().Table());
+    EXPECT_THROW(table.Grow(8), Common::Exception);
+    EXPECT_THROW(table.Set(1, nullptr), Common::Exception);
+    EXPECT_THROW(table.Clear(), Common::Exception);
+    EXPECT_EQ(4u, doc.Impl().CreateIndirect(new SDF::Dict())->GetObjNum());
 }
 
 TEST(XRefTable, AppendsWhileOthersRead) {
@@ -62,8 +65,8 @@ TEST(XRefTable, AppendsWhileOthersRead) {
         readers.emplace_back([&] {
             while (!stop) {
                 for (UInt32 n = 0; n < 4; ++n)
-                    if (impl.m_xref[n] == nullptr) ADD_FAILURE() << n;
-                impl.m_xref[4 + (reads % 64)];  // into the pending part
+                    if (impl.GetEntry(n) == nullptr) ADD_FAILURE() << n;
+                impl.GetEntry(4 + (reads % 64));  // into the pending part
                 ++reads;
             }
         });
@@ -74,7 +77,7 @@ TEST(XRefTable, AppendsWhileOthersRead) {
     for (auto& th : readers) th.join();
     for (size_t i = 0; i < made.size(); ++i) {
         EXPECT_EQ(made[i]->GetObjNum(), 4 + i);
-        EXPECT_EQ(impl.m_xref[4 + i], made[i]);
+        EXPECT_EQ(impl.GetEntry(4 + i), made[i]);
     }
 }
 

@@ -54,7 +54,7 @@ struct Counts {
 Counts LoadAll(SDF::DocImpl& doc, bool summary) {
     Counts counts;
     for (size_t n = 1; n < doc.GetXRefSize(); ++n) {
-        SDF::Indirect* entry = doc.m_xref[n];
+        SDF::Indirect* entry = doc.GetEntry(n);
         if (!entry || entry->IsFree()) {
             ++counts.free;
             if (!summary) std::printf("%zu: free\n", n);
