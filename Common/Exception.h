@@ -78,6 +78,14 @@ public:
                                            __LINE__, __FILE__, LUM_FUNCTION, __VA_ARGS__);       \
     } while (0)
 
+// The same with the condition's text given in the system's own words, where the expression
+// in the code reads differently.
+#define LUM_CHECK_AS(cond, condition_text, ...)                                                  \
+    do {                                                                                         \
+        if (!(cond)) [[unlikely]]                                                                \
+            throw ::lum::Common::Exception(::lum::Common::Exception::Formatted{}, condition_text, \
+                                           __LINE__, __FILE__, LUM_FUNCTION, __VA_ARGS__);       \
+    } while (0)
 #define LUM_FAIL(...)                                                                            \
     throw ::lum::Common::Exception(::lum::Common::Exception::Formatted{}, "false", __LINE__,     \
                                    __FILE__, LUM_FUNCTION, __VA_ARGS__)

@@ -67,10 +67,10 @@ void MappedFile::Seek(Int64 offset, ReferencePos origin) {
     Int64 base = origin == e_begin ? 0
                  : origin == e_cur ? static_cast<Int64>(m_pos)
                                    : static_cast<Int64>(m_entire_file_size);
-    Int64 tmp_offset = SeekTarget(base, offset);
-    Int64 m_entire_file_size = static_cast<Int64>(this->m_entire_file_size);
-    LUM_CHECK(tmp_offset >= 0 && tmp_offset <= m_entire_file_size, "File seek failed");
-    m_pos = static_cast<UInt64>(tmp_offset);
+    const Int64 target = SeekTarget(base, offset);
+    LUM_CHECK_AS(target >= 0 && UInt64(target) <= m_entire_file_size,
+                 "tmp_offset >= 0 && tmp_offset <= m_entire_file_size", "File seek failed");
+    m_pos = static_cast<UInt64>(target);
     m_cur = m_buf_end;
     m_avail = 0;
 }

@@ -79,10 +79,10 @@ void ThreadSafeFilter::Seek(Int64 offset, ReferencePos origin) {
     Int64 base = origin == e_begin ? 0
                  : origin == e_cur ? Tell()
                                    : static_cast<Int64>(mp_shared->size);
-    Int64 tmp_offset = SeekTarget(base, offset);
-    size_t m_base_size = static_cast<size_t>(mp_shared->size);
-    LUM_CHECK(tmp_offset >= 0 && size_t(tmp_offset) <= m_base_size, "File seek failed");
-    m_pos = static_cast<UInt64>(tmp_offset);
+    const Int64 target = SeekTarget(base, offset);
+    LUM_CHECK_AS(target >= 0 && UInt64(target) <= mp_shared->size,
+                 "tmp_offset >= 0 && size_t(tmp_offset) <= m_base_size", "File seek failed");
+    m_pos = static_cast<UInt64>(target);
     m_fill = m_read = 0;
     m_cur = m_buf_end;
     m_avail = 0;

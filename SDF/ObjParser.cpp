@@ -24,11 +24,11 @@ ObjParser::~ObjParser() = default;
 
 bool ObjParser::ContainerOperator(const char* word) {
     if (word[0] != 'R' || word[1] != 0) return false;
-    const size_t stack_size = m_operand_stack.size();
-    LUM_CHECK(stack_size>=2, "Reference expects two arguments");
+    const size_t size = m_operand_stack.size();
+    LUM_CHECK_AS(size >= 2, "stack_size>=2", "Reference expects two arguments");
     // The generation is read and ignored: a reference never checks generations.
-    const UInt32 num = ToObjNum(m_operand_stack[stack_size - 2]);
-    m_operand_stack[stack_size - 1]->GetNumber();
+    const UInt32 num = ToObjNum(m_operand_stack[size - 2]);
+    m_operand_stack[size - 1]->GetNumber();
     PopObj();
     PopObj();
     Push(mp_doc->GetObj(num));
@@ -43,21 +43,23 @@ void ObjParser::OnString(std::vector<UInt8>& bytes) {
         crypt->DecryptString(bytes, m_obj_num, m_gen);
 }
 
-void ObjParser::GetObj(Indirect& indirect_obj) {
-    const UInt8 kind = indirect_obj.GetField1();
+void ObjParser::GetObj(Indirect& entry) {
+    const UInt8 kind = entry.GetField1();
     if (kind == 2) {
-        const UInt64 cs_obj_num = indirect_obj.GetOffset();
-        LUM_CHECK(cs_obj_num<mp_doc->m_xref.size(), "Bad obj stream");
-        Indirect* ind_obj_stm = mp_doc->m_xref[size_t(cs_obj_num)];
-        LUM_CHECK(ind_obj_stm && ind_obj_stm->GetField1()== 1 && ind_obj_stm->IsStream(),
-                  "Bad obj stream");
-        LoadCompressedObjects(ind_obj_stm, false);
-        LUM_CHECK(indirect_obj.IsLoaded(), "Bad obj stream");
+        const UInt64 container = entry.GetOffset();
+        LUM_CHECK_AS(container < mp_doc->m_xref.size(), "cs_obj_num<mp_doc->m_xref.size()",
+                     "Bad obj stream");
+        Indirect* stream = mp_doc->m_xref[size_t(container)];
+        LUM_CHECK_AS(stream && stream->GetField1() == 1 && stream->IsStream(),
+                     "ind_obj_stm && ind_obj_stm->GetField1()== 1 && ind_obj_stm->IsStream()",
+                     "Bad obj stream");
+        LoadCompressedObjects(stream, false);
+        LUM_CHECK_AS(entry.IsLoaded(), "indirect_obj.IsLoaded()", "Bad obj stream");
         return;
     }
     if (kind != 1) LUM_FAIL("Unknown object type");
 
-    m_stream.Seek(Int64(indirect_obj.GetOffset()));
+    m_stream.Seek(Int64(entry.GetOffset()));
     ClearStack();
     ResetNesting();
     m_in_object = false;
@@ -104,7 +106,7 @@ void ObjParser::GetObj(Indirect& indirect_obj) {
     Obj* value = m_operand_stack[0];
     m_operand_stack[0] = nullptr;
     ClearStack();
-    indirect_obj.SetTarget(value);
+    entry.SetTarget(value);
 }
 
 void ObjParser::LoadCompressedObjects(Obj* stream, bool rebuild) {
@@ -122,17 +124,18 @@ void ObjParser::LoadCompressedObjects(Obj* stream, bool rebuild) {
     XRefTable& xref = mp_doc->m_xref;
     const size_t count = parser.GetCount();
     for (size_t i = 0; i < count; ++i) {
-        const UInt32 objnum = parser.CurrentObjNum();
-        LUM_CHECK(objnum>0, "Bad obj stream");
+        const UInt32 num = parser.CurrentObjNum();
+        LUM_CHECK_AS(num > 0, "objnum>0", "Bad obj stream");
         if (!rebuild)
-            LUM_CHECK(objnum<UInt32(mp_doc->m_xref.size()), "Bad obj stream");
+            LUM_CHECK_AS(num < xref.size(), "objnum<UInt32(mp_doc->m_xref.size())",
+                         "Bad obj stream");
         else
-            parser.XRefResize(objnum);
-        Indirect* entry = xref[objnum];
+            parser.XRefResize(num);
+        Indirect* entry = xref[num];
         if (!entry) {
             if (!rebuild) LUM_FAIL("Bad obj stream");
-            entry = new Indirect(mp_doc, objnum, UInt16(i), container, 2);
-            xref.Set(objnum, entry);
+            entry = new Indirect(mp_doc, num, UInt16(i), container, 2);
+            xref.Set(num, entry);
         } else if (rebuild) {
             entry->SetField1(2);
             entry->SetOffset(container);

@@ -471,11 +471,11 @@ bool Parser::LexDict() {
         }
         if (!ContainerOperator(GetToken())) break;
     }
-    const Int64 num_elements = Int64(m_operand_stack.size()) - Int64(start);
-    LUM_CHECK(num_elements>=0 && (num_elements % 2 == 0),
-              "the number of key-value elements should be even");
+    const Int64 count = Int64(m_operand_stack.size()) - Int64(start);
+    LUM_CHECK_AS(count >= 0 && count % 2 == 0, "num_elements>=0 && (num_elements % 2 == 0)",
+                 "the number of key-value elements should be even");
     const size_t top = m_operand_stack.size();
-    const size_t pairs = size_t(num_elements) / 2;
+    const size_t pairs = size_t(count) / 2;
     // Check every key before any value moves, so that a failure leaves the stack intact. The
     // value of a pair is at i, its key at i-1.
     for (size_t k = 0, i = top - 1; k < pairs; ++k, i -= 2)

@@ -153,12 +153,10 @@ std::unique_ptr<Filter> StreamCreateDecodeFilter(Obj* filter_name, Obj* params,
             p.black_is_1 = BoolParam(params, e_BlackIs1, p.black_is_1);
             p.damaged_rows_before_error =
                 IntParam(params, e_DamagedRowsBeforeError, p.damaged_rows_before_error);
-            Int64 Columns = p.columns;
             Int64 width = 0;
-            if (Columns < 0 && StreamNumber(stream, e_Width, width) && width > Columns)
-                Columns = width;
-            LUM_CHECK(Columns >= 0, "CCITTFaxDecode Columns is negative");
-            p.columns = Columns;
+            if (p.columns < 0 && StreamNumber(stream, e_Width, width) && width > p.columns)
+                p.columns = width;
+            LUM_CHECK_AS(p.columns >= 0, "Columns >= 0", "CCITTFaxDecode Columns is negative");
             Obj* rows = params->FindObj(e_Rows);
             if (rows && rows->IsNumber()) {
                 p.rows = ToInt(rows->GetNumber());

@@ -65,9 +65,9 @@ void XRefParser::Parse(UInt64 start_num) {
     mp_doc->m_last_xref_offset = xref_offset;
 
     m_sections_seen.insert(xref_offset);
-    Obj* trailer1 = ParseXRef(xref_offset, header_offset, true, second_pass, start_num);
-    LUM_CHECK(trailer1, "Could not read the trailer.");
-    Obj* size = trailer1->FindObj(e_Size);
+    Obj* newest = ParseXRef(xref_offset, header_offset, true, second_pass, start_num);
+    LUM_CHECK_AS(newest, "trailer1", "Could not read the trailer.");
+    Obj* size = newest->FindObj(e_Size);
     if (size && size->IsNumber()) {
         const UInt64 wanted = CutTo32(size->GetNumber());
         if (wanted > mp_doc->m_xref.size()) GrowTable(wanted);
@@ -76,7 +76,7 @@ void XRefParser::Parse(UInt64 start_num) {
     // Older sections: only their rows count (a row fills a placeholder, never a newer entry);
     // their trailers serve for Prev and XRefStm alone. Values are copied out of each trailer
     // before the next section is read, since reading it destroys the older trailer.
-    Obj* current = trailer1;
+    Obj* current = newest;
     while (current->Find(e_Prev) != current->DictEnd()) {
         const UInt64 prev =
             AddOffsets(Common::TruncateToUInt64(current->FindObj(e_Prev)->GetNumber(), ~UInt64(0)), header_offset);
@@ -205,13 +205,13 @@ Obj* XRefParser::ParseXRef(TableSection, UInt64 header_offset, bool first_sectio
             ClearStack();
             while (GetObj()) {
             }
-            const char* opr_str = GetToken();
-            LUM_CHECK((opr_str[0] == 'f' || opr_str[0] == 'n') && opr_str[1] == '\0',
-                      "Cross reference table is corrupt.");
+            const char* type = GetToken();
+            LUM_CHECK_AS((type[0] == 'f' || type[0] == 'n') && type[1] == '\0',
+                         "(opr_str[0] == 'f' || opr_str[0] == 'n') && opr_str[1] == '\\0'",
+                         "Cross reference table is corrupt.");
             LUM_CHECK(m_operand_stack.size() == 2, "Cross reference table is corrupt.");
             ApplyRow(n, Common::TruncateToUInt64(m_operand_stack[0]->GetNumber(), ~UInt64(0)),
-                     CutTo64(m_operand_stack[1]->GetNumber()), opr_str[0] == 'f',
-                     header_offset);
+                     CutTo64(m_operand_stack[1]->GetNumber()), type[0] == 'f', header_offset);
         }
         ClearStack();
         if (!GetObj()) break;
@@ -247,8 +247,8 @@ Obj* XRefParser::ParseXRef(StreamSection, UInt64 header_offset, bool first_secti
     ResetNesting();
     while (GetObj()) {
     }
-    const char* opr_str = GetToken();
-    LUM_CHECK(strcmp(opr_str, "stream") == 0, "PDF 1.5 XRef table is not a stream object");
+    LUM_CHECK_AS(std::strcmp(GetToken(), "stream") == 0, "strcmp(opr_str, \"stream\") == 0",
+                 "PDF 1.5 XRef table is not a stream object");
     if (m_stream.Get() == '\r' && m_stream.Peek() == '\n') m_stream.Get();
     Obj* dict = m_operand_stack.size() == 1 ? m_operand_stack.back() : nullptr;
     LUM_CHECK(m_operand_stack.size() == 1 && dict->IsDict(),
@@ -314,9 +314,9 @@ Obj* XRefParser::ParseXRef(StreamSection, UInt64 header_offset, bool first_secti
 }
 
 void XRefParser::ReadXRefStream(Filters::FilterReader& reader, UInt64 start, UInt64 count,
-                                UInt32 field1_sz, UInt32 field2_sz, UInt32 field3_sz,
-                                UInt64 header_offset) {
-    LUM_CHECK(field1_sz<64 && field2_sz<64 && field3_sz<64, "Bad xref");
+                                UInt32 w1, UInt32 w2, UInt32 w3, UInt64 header_offset) {
+    LUM_CHECK_AS(w1 < 64 && w2 < 64 && w3 < 64, "field1_sz<64 && field2_sz<64 && field3_sz<64",
+                 "Bad xref");
     const UInt64 end = start + count;
     LUM_CHECK(start <= end, "Bad xref");
     // Ranges may overlap, so the table bound alone does not bound the work.
@@ -329,8 +329,8 @@ void XRefParser::ReadXRefStream(Filters::FilterReader& reader, UInt64 start, UIn
     for (UInt64 n = start; n < end; ++n) {
         int kind = 1;
         bool at_end;
-        if (field1_sz > 0) {
-            for (UInt32 k = 1; k < field1_sz; ++k) reader.Get();
+        if (w1 > 0) {
+            for (UInt32 k = 1; k < w1; ++k) reader.Get();
             kind = reader.Get();
             at_end = kind < 0;
         } else {
@@ -344,10 +344,10 @@ void XRefParser::ReadXRefStream(Filters::FilterReader& reader, UInt64 start, UIn
             continue;
         }
         UInt64 field2 = 0;
-        for (UInt32 k = 0; k < field2_sz; ++k) field2 = (field2 << 8) | UInt64(std::max(reader.Get(), 0));
-        if (kind == 1 && field2_sz != 0) field2 = AddOffsets(field2, header_offset);
+        for (UInt32 k = 0; k < w2; ++k) field2 = (field2 << 8) | UInt64(std::max(reader.Get(), 0));
+        if (kind == 1 && w2 != 0) field2 = AddOffsets(field2, header_offset);
         UInt32 field3 = 0;
-        for (UInt32 k = 0; k < field3_sz; ++k) field3 = (field3 << 8) | UInt32(std::max(reader.Get(), 0));
+        for (UInt32 k = 0; k < w3; ++k) field3 = (field3 << 8) | UInt32(std::max(reader.Get(), 0));
 
         if (!entry) {
             MakeEntry(n, static_cast<UInt16>(field3), field2, static_cast<UInt8>(kind));
@@ -398,10 +398,10 @@ void XRefParser::EnsureEntryZero() {
 }
 
 bool XRefParser::ContainerOperator(const char*) {
-    const size_t stack_size = m_operand_stack.size();
-    LUM_CHECK(stack_size>=2, "R takes 2 args");
-    Obj* num_obj = m_operand_stack[stack_size - 2];
-    Obj* gen_obj = m_operand_stack[stack_size - 1];
+    const size_t size = m_operand_stack.size();
+    LUM_CHECK_AS(size >= 2, "stack_size>=2", "R takes 2 args");
+    Obj* num_obj = m_operand_stack[size - 2];
+    Obj* gen_obj = m_operand_stack[size - 1];
     // A reference as operand would be loaded to answer GetNumber: not while the table is
     // being read.
     LUM_CHECK(!num_obj->IsIndirect() && !gen_obj->IsIndirect(), "R takes 2 args");

@@ -45,7 +45,7 @@ private:
     Obj* ParseXRef(StreamSection, UInt64 header_offset, bool first_section);
     // Reads the records of one Index range of a cross-reference stream.
     void ReadXRefStream(Filters::FilterReader& reader, UInt64 start, UInt64 count,
-                        UInt32 field1_sz, UInt32 field2_sz, UInt32 field3_sz,
+                        UInt32 w1, UInt32 w2, UInt32 w3,
                         UInt64 header_offset);
     // Applies a table row to entry n.
     void ApplyRow(UInt64 n, UInt64 offset, UInt64 gen, bool free, UInt64 header_offset);

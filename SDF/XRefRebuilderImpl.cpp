@@ -217,12 +217,13 @@ void XRefRebuilderImpl::SkipXRefTable() {
         ResetNesting();
         while (GetObj()) {
         }
-        const char* opr_str = GetToken();
-        if (opr_str[0] == 't' || opr_str[0] == '\0') {
-            LUM_CHECK(opr_str[0] == 't' && opr_str[1] == 'r' && opr_str[2] == 'a' &&
-                          opr_str[3] == 'i' && opr_str[4] == 'l' && opr_str[5] == 'e' &&
-                          opr_str[6] == 'r',
-                      "Trailer expected.");
+        const char* word = GetToken();
+        if (word[0] == 't' || word[0] == '\0') {
+            LUM_CHECK_AS(StartsWith(word, "trailer"),
+                         "opr_str[0] == 't' && opr_str[1] == 'r' && opr_str[2] == 'a' && "
+                         "opr_str[3] == 'i' && opr_str[4] == 'l' && opr_str[5] == 'e' && "
+                         "opr_str[6] == 'r'",
+                         "Trailer expected.");
             GetObj();
             FoundTrailer();
             return;
@@ -264,10 +265,10 @@ void XRefRebuilderImpl::XRefResize(UInt64 obj_num) {
 }
 
 bool XRefRebuilderImpl::ContainerOperator(const char*) {
-    const size_t stack_size = m_operand_stack.size();
-    LUM_CHECK(stack_size>=2, "Reference expects two arguments");
-    Obj* num_obj = m_operand_stack[stack_size - 2];
-    Obj* gen_obj = m_operand_stack[stack_size - 1];
+    const size_t size = m_operand_stack.size();
+    LUM_CHECK_AS(size >= 2, "stack_size>=2", "Reference expects two arguments");
+    Obj* num_obj = m_operand_stack[size - 2];
+    Obj* gen_obj = m_operand_stack[size - 1];
     // A reference as operand would be loaded to answer GetNumber: not in the middle of a scan.
     LUM_CHECK(!num_obj->IsIndirect() && !gen_obj->IsIndirect(),
               "Reference expects two arguments");

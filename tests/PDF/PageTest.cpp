@@ -168,7 +168,7 @@ TEST_P(PageBoxes, Answer) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, PageBoxes, ::testing::ValuesIn(BoxCases()),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& p) { return std::string(p.param.name); });
 
 TEST(Page, MediaBoxRemembersItsArrayOnlyWhenRead) {
     TwoLevel t(A(), A().Media(0, 0, 1, 1));

@@ -172,7 +172,7 @@ TEST_P(PageTree, FindsPagesByNumber) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Trees, PageTree, ::testing::ValuesIn(TreeCases()),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& p) { return std::string(p.param.name); });
 
 TEST(PageTree, NumberZeroAndBelowAreTheEnd) {
     Opened f({kCatalog, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>", kPage});

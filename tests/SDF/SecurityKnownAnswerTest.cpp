@@ -180,8 +180,8 @@ const EncCase kCases[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Qpdf, KnownAnswerTest, ::testing::ValuesIn(kCases),
-                         [](const ::testing::TestParamInfo<EncCase>& info) {
-                             std::string name = info.param.file;
+                         [](const ::testing::TestParamInfo<EncCase>& p) {
+                             std::string name = p.param.file;
                              name = name.substr(4, name.size() - 8);
                              for (char& ch : name)
                                  if (ch == '-') ch = '_';

@@ -82,7 +82,7 @@ INSTANTIATE_TEST_SUITE_P(
         NamingCase{"OtherFormatIsTxt", {"-f", "wordlist", "--pages", "1"}, {"my.txt"}},
         NamingCase{"Prefix", {"--prefix", "pre", "--pages", "1,2"}, {"pre_1.txt", "pre_2.txt"}},
         NamingCase{"NotFoundPagesMakeNoFile", {"--pages", "7-"}, {"my_6.txt"}}),
-    [](const auto& info) { return std::string(info.param.name); });
+    [](const auto& p) { return std::string(p.param.name); });
 
 TEST(DriverCli, OutputFileHoldsMarkAndReport) {
     TempDir dir;

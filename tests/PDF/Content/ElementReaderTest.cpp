@@ -53,7 +53,7 @@ const SequenceCase kSequences[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Content, ReaderSequence, ::testing::ValuesIn(kSequences),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& p) { return std::string(p.param.name); });
 
 TEST(ElementReader, ContentsArrayEntriesThatAreNoStreamsAreSkipped) {
     PageSpec spec;
@@ -132,7 +132,7 @@ const FormCase kForms[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Content, ReaderForms, ::testing::ValuesIn(kForms),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& p) { return std::string(p.param.name); });
 
 TEST(ElementReader, FormMatrixAndParentStateReachTheForm) {
     PageSpec spec;
@@ -286,7 +286,7 @@ const InlineCase kInline[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Content, InlineImages, ::testing::ValuesIn(kInline),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& p) { return std::string(p.param.name); });
 
 }  // namespace
 }  // namespace lum::test

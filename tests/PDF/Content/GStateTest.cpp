@@ -141,7 +141,7 @@ const StateCase kStates[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Content, StateAfter, ::testing::ValuesIn(kStates),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& p) { return std::string(p.param.name); });
 
 TEST(GState, BadExtGStateValueRaisesTheTypeError) {
     PageSpec spec;

@@ -65,7 +65,7 @@ const MetricsCase kMetrics[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Content, TextMetrics, ::testing::ValuesIn(kMetrics),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& p) { return std::string(p.param.name); });
 
 // Boxes of text elements: the font's ascent and descent, mode-independent, none when empty.
 struct BoxCase {
@@ -112,7 +112,7 @@ const BoxCase kBoxes[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Content, TextBox, ::testing::ValuesIn(kBoxes),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& p) { return std::string(p.param.name); });
 
 TEST(TextElement, EmptyStringHasNoCharactersAndNoText) {
     PageSpec spec;
