@@ -152,18 +152,6 @@ TEST(FilterWriter, NumbersHexAndOverflow) {
     EXPECT_EQ(sink.Written(), "abcd");
 }
 
-TEST(Filter, DefaultsOfTheBaseClass) {
-    auto src = Source("x");
-    EXPECT_FALSE(src->CanSeek());
-    EXPECT_EQ(Raised([&] { src->Seek(0, Filter::e_begin); }).GetMessage(),
-              "Seek is not supported by this filter");
-    EXPECT_EQ(Raised([&] { src->Tell(); }).GetMessage(), "Tell is not supported by this filter");
-    EXPECT_EQ(Raised([&] { src->CreateInputIterator(); }).GetMessage(),
-              "CreateInputIterator() is not supported by this filter");
-    EXPECT_EQ(src->GetSourceFilter(), src.get());
-    EXPECT_STREQ(src->GetDecodeName(), "WindowedSource");
-}
-
 TEST(Filter, ChainOwnershipAndReattach) {
     auto flate = std::make_unique<FlateDecode>(Source(lum::test::Deflate("one")));
     Filter* leaf = flate->GetAttachedFilter();

@@ -188,6 +188,27 @@ INSTANTIATE_TEST_SUITE_P(Qpdf, KnownAnswerTest, ::testing::ValuesIn(kCases),
                              return name;
                          });
 
+// Files whose parameters no writer picks on purpose (tests/data/templates/enc-fixed.py): each
+// opens with both passwords only when its road is taken exactly.
+TEST(KnownAnswer, FixedFilesForRoadsWritersRarelyTake) {
+    const char* const files[] = {
+        "enc-r3-rc4-40.pdf",    // revision 3, 40-bit key: the owner road hashes 16 bytes
+        "enc-r3-two-ids.pdf",   // two different ID strings: the key takes the first
+        "enc-r6-loop-end.pdf",  // the hash loop ends where its round equals the last byte + 32
+    };
+    for (const char* file : files) {
+        SCOPED_TRACE(file);
+        test::TestPdf pdf(test::ReadFile(test::DataPath(file)));
+        for (const char* pw : {"user", "owner"}) {
+            Security s;
+            EXPECT_TRUE(SDF::InitStdSecurityHandler(pdf.Trailer(), s.Slots(), Widened(pw))) << pw;
+            EXPECT_EQ(std::string(pw) == "owner", s.sec && s.sec->GetPermission(SecurityHandler::e_owner));
+        }
+        Security s;
+        EXPECT_FALSE(SDF::InitStdSecurityHandler(pdf.Trailer(), s.Slots(), Widened("wrong")));
+    }
+}
+
 // How a non-ASCII password reaches the key: at revision 4 as PDFDocEncoding bytes, at revision
 // 6 first as those bytes and then as UTF-8, within one GetPermission.
 TEST(SecurityPasswordForms, NonAsciiPasswordsByRevision) {

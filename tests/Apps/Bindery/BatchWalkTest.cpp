@@ -56,32 +56,6 @@ void ExpectCleanRun(const RunResult& r) {
 
 }  // namespace
 
-TEST(BatchWalkCli, HelpVersionAndNoInput) {
-    TempDir dir;
-    struct Case {
-        std::vector<std::string> args;
-        std::string want_start;
-    } cases[] = {
-        {{}, "\nZantrix Scrivex V6.6042202.\nUsage: scrivex [<options>] file...\n\nOPTIONS:\n"},
-        {{"--help", "--version"}, "\nZantrix Scrivex V6.6042202.\nUsage: scrivex [<options>] file...\n"},
-    };
-    for (const auto& c : cases) {
-        const RunResult r = RunScrivex(c.args, dir.path());
-        ExpectCleanRun(r);
-        EXPECT_EQ(r.status, 0);
-        EXPECT_EQ(r.out.rfind(c.want_start, 0), 0u) << r.out;
-        EXPECT_EQ(r.out.find("Zantrix", 10), std::string::npos) << "banner printed twice";
-    }
-    PutPdf(dir / "a.pdf");
-    RunResult r = RunScrivex({"--version", "a.pdf"}, dir.path());
-    EXPECT_EQ(r.out, "\nZantrix Scrivex V6.6042202.\n");
-    r = RunScrivex({"--verb", "0"}, dir.path());
-    EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(r.out, "");
-    r = RunScrivex({"--encoding", "utf16"}, dir.path());
-    EXPECT_EQ(r.out, "No input files specified.\n");
-}
-
 TEST(BatchWalkCli, OptionErrorsOnStandardOutput) {
     TempDir dir;
     PutPdf(dir / "a.pdf");

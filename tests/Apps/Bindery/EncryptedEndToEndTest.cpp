@@ -225,30 +225,6 @@ TEST(EncryptedEndToEnd, PromptOpensWithAPasswordTypedOnStandardInput) {
     }
 }
 
-TEST(EncryptedEndToEnd, ThreeWrongLinesEndTheFileAndTheLastOneIsTriedFirstOnTheNext) {
-    if (!HaveQpdf()) GTEST_SKIP() << "qpdf is not installed";
-    TempDir dir;
-    const fs::path plain = lum::test::DataPath("hello.pdf");
-    const std::string report = "595.28, 841.89, 0, 0, 595.28, 841.89, 0, 0, 595.28, 841.89, 0\n";
-    const std::string prompt = "Wrong password.\nPlease enter the correct password: ";
-    // The second file of each pair is in another cipher, so the carried password is checked by
-    // a different handler from the one that rejected it.
-    const std::pair<const char*, const char*> pairs[] = {
-        {"aes_256_r6", "aes_128_r4"}, {"rc4_40_r2", "aes_256_r5"}, {"aes_128_r4_clearmeta", "rc4_128_r3"}};
-    for (const auto& [first_cipher, second_cipher] : pairs) {
-        SCOPED_TRACE(std::string(first_cipher) + " then " + second_cipher);
-        const fs::path first = Encrypt(plain, dir / "first.pdf", FindCipher(first_cipher), "right-1", "own-1", "disable");
-        const fs::path second = Encrypt(plain, dir / "second.pdf", FindCipher(second_cipher), "third", "own-2", "disable");
-        const RunResult r = RunScrivex({"--pageinfo", first.string(), second.string()}, {}, "one\ntwo\nthird\n");
-        EXPECT_EQ(0, r.status);
-        // The second file opens at once: no prompt between its echo line and its report.
-        EXPECT_EQ(first.string() + "\n" + prompt + prompt + prompt + "Error: Wrong password. Failed to open: " +
-                      first.string() + "\n" + second.string() + "\n" + report,
-                  r.out)
-            << r.err;
-    }
-}
-
 // ---- the shared corpus -------------------------------------------------------------------
 
 struct CorpusEntry {
