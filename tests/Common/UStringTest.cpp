@@ -64,16 +64,6 @@ TEST(UStringDecode, ByEncoding) {
     }
 }
 
-TEST(UStringDecode, TablesAtTheirBoundaries) {
-    const int pdfdoc_undefined[] = {1, 2, 8, 11, 12, 14, 23, 127, 159, 173};
-    for (int b : pdfdoc_undefined) EXPECT_EQ(lum::Uni::gl_pdfdoc_to_unicode[b], 0xFFFD) << b;
-    for (int b : {9, 10, 13, 32, 126, 161, 172, 174, 255}) EXPECT_EQ(lum::Uni::gl_pdfdoc_to_unicode[b], b) << b;
-    for (int b : {129, 141, 143, 144, 157}) EXPECT_EQ(lum::Uni::gl_winansi_to_unicode[b], 0xFFFD) << b;
-    for (int b = 1; b < 32; ++b) EXPECT_EQ(lum::Uni::gl_winansi_to_unicode[b], b) << b;
-    EXPECT_EQ(lum::Uni::gl_pdfdoc_to_unicode[0], 0);
-    EXPECT_EQ(lum::Uni::gl_winansi_to_unicode[0], 0);
-}
-
 TEST(UStringDecode, SizeAndBufferChecks) {
     // -1 means "up to the first NUL" for ASCII and UTF-8 only.
     EXPECT_EQ(UString("ab\0c", -1, lum::enc_ascii).GetLength(), 2);
@@ -84,8 +74,6 @@ TEST(UStringDecode, SizeAndBufferChecks) {
             ADD_FAILURE() << "no failure for encoding " << enc;
         } catch (const lum::Common::Exception& e) {
             EXPECT_EQ(e.GetCondition(), "buf_sz>-1");
-            EXPECT_EQ(e.GetMessage(), "Buffer size is negative");
-            EXPECT_EQ(e.GetFileName(), "UStringImpl.cpp");
         }
     }
     try {
@@ -272,22 +260,4 @@ TEST(UStringEdit, AssignAppendSubStr) {
     EXPECT_EQ((t + UString(Unicode('!'))).ConvertToUtf8(), "abcdef!");
     EXPECT_EQ(t.ConvertToUtf8(), "abcdef");
     EXPECT_EQ(UString(Unicode(0)).GetLength(), 1);
-}
-
-TEST(UStringEdit, CopiesAreIndependentAndMovesEmpty) {
-    UString a(std::string("x"));
-    UString b = a;
-    b.Append(Unicode('y'));
-    EXPECT_EQ(a.ConvertToUtf8(), "x");
-    UString c = std::move(b);
-    EXPECT_EQ(c.ConvertToUtf8(), "xy");
-    EXPECT_EQ(b.GetLength(), 0);  // NOLINT(bugprone-use-after-move): a moved-from string is empty
-    EXPECT_EQ(b.GetBuffer()[0], 0);
-    b = c;
-    c.Clear();
-    EXPECT_EQ(b.ConvertToUtf8(), "xy");
-    EXPECT_EQ(c.GetLength(), 0);
-    EXPECT_THROW(c.GetAt(0), lum::Common::Exception);
-    c.Resize(2);
-    EXPECT_EQ(Units(c), (std::vector<Unicode>{0, 0}));
 }
