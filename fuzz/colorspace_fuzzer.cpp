@@ -47,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         SDF::DocImpl& impl = *doc.GetImpl();
         for (size_t n = 1; n < impl.GetXRefSize() && n < kObjects; ++n) {
             try {
-                SDF::Indirect* entry = impl.m_xref[n];
+                SDF::Indirect* entry = impl.GetEntry(n);
                 if (!entry || entry->IsFree()) continue;
                 Try(entry->GetDirect(true));
             } catch (const Common::Exception&) {
