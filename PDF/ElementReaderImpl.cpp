@@ -6,6 +6,7 @@
 #include "Common/Limits.h"
 #include "Filters/FilterReader.h"
 #include "PDF/Font/Font.h"
+#include "PDF/StructParents.h"
 #include "SDF/Obj.h"
 #include "SDF/SDFDoc.h"
 
@@ -100,7 +101,8 @@ std::unique_ptr<Filters::Filter> ElementReaderImpl::OpenContentStream(SDF::Obj* 
 }
 
 void ElementReaderImpl::OpenLevel(SDF::Obj* owner, std::unique_ptr<Filters::Filter> stream,
-                                  const GStateImpl* parent_state, const Common::Matrix2D& base) {
+                                  const GStateImpl* parent_state, const Common::Matrix2D& base,
+                                  bool structured) {
     if (size_t(m_level_count) == m_levels.size())
         m_levels.push_back(std::make_unique<ElementBuilderImpl>());
     ElementBuilderImpl* element = m_levels[size_t(m_level_count)].get();
@@ -127,7 +129,8 @@ void ElementReaderImpl::OpenLevel(SDF::Obj* owner, std::unique_ptr<Filters::Filt
     m_open_stack.push_back(direct);
     if (direct) m_open_set.insert(direct);
     m_matrices.push_back(base);
-    m_struct_arrays.push_back(nullptr);
+    m_struct_arrays.push_back(structured ? LookUpStructParents(direct) : nullptr);
+    element->mp_struct_parents = m_struct_arrays.back();
 
     m_streams.push_back(std::move(stream));
     AttachTop();
@@ -265,7 +268,7 @@ void ElementReaderImpl::Type3FontBegin(const CharData& char_data) {
         stream = OpenContentStream(glyph);
     else
         glyph = nullptr;  // an empty level owns nothing
-    OpenLevel(glyph, std::move(stream), &parent, base);
+    OpenLevel(glyph, std::move(stream), &parent, base, false);
     GStateImpl& state = mp_element->State();
     state.SetCTM(glyph_to_text * state.GetCTM());
     state.SetStrokeColorSpaceOnly(state.GetFillColorSpace());

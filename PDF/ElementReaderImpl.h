@@ -68,9 +68,11 @@ private:
 
     // --- Levels and streams ---
     void Reset();
-    // Opens a level on `stream` (may be null: an empty level).
+    // Opens a level on `stream` (may be null: an empty level). A page or form level
+    // (`structured`) looks up the structure parents of its marked content; a glyph's doesn't.
     void OpenLevel(SDF::Obj* owner, std::unique_ptr<Filters::Filter> stream,
-                   const GStateImpl* parent_state, const Common::Matrix2D& base);
+                   const GStateImpl* parent_state, const Common::Matrix2D& base,
+                   bool structured = true);
     // The level's Default* colour spaces.
     void LookUpDefaultColorSpaces(ElementBuilderImpl& element);
     // A decoded stream for content, or null when its chain can't be built.

@@ -3,12 +3,14 @@
 // mode, matrices, and each character's code, position and advance; for paths and images
 // their boxes.
 //
-//   elements [--pages LIST] [--password PW] [--summary] [--no-forms] FILE...
+//   elements [--pages LIST] [--password PW] [--summary] [--struct] [--no-forms] FILE...
 //
 // LIST is the tool's page list syntax ("1-3,7", "odd", default all). With --summary only one
 // line per page is printed: elements read, text operators met, and whether the page was read
-// to its end or what ended it. Exit status: 0 when every file opened, 1 otherwise, 2 for a
-// usage error.
+// to its end or what ended it. With --struct only marked content with an MCID is printed, one
+// line each: "mcid PAGE OWNER MCID PARENT", OWNER the object number of the page or form whose
+// content holds it, PARENT the structure parent the reader gives ("N G R", "direct" or
+// "none"). Exit status: 0 when every file opened, 1 otherwise, 2 for a usage error.
 #include <cstdio>
 #include <cstring>
 #include <exception>
@@ -34,6 +36,7 @@ struct Settings {
     std::string pages = "-";
     const char* password = nullptr;
     bool summary = false;
+    bool structure = false;
     bool forms = true;
 };
 
@@ -85,33 +88,68 @@ void PrintText(PDF::Element& e, int level) {
     }
 }
 
+std::string ObjRef(SDF::Obj* obj) {
+    if (!obj) return "none";
+    if (!obj->IsIndirect()) return "direct";
+    return std::to_string(obj->GetObjNum()) + " " + std::to_string(obj->GetGenNum()) + " R";
+}
+
+// The MCID of a marked-content element and the parent the reader found for it; empty when it
+// has no MCID.
+std::string StructText(PDF::Element& e) {
+    const int mcid = e.GetStructMCID();
+    if (mcid < 0) return {};
+    return "mcid=" + std::to_string(mcid) + " parent=" + ObjRef(e.GetParentStructElement());
+}
+
 struct PageCounts {
     unsigned long elements = 0;
     unsigned long text = 0;
     unsigned long forms = 0;
 };
 
+// Where the walk stands: the page, and the page or form whose content is read.
+struct Place {
+    Int32 page;
+    SDF::Obj* owner;
+};
+
 // The elements of the current level, and of the forms they paint.
-void Walk(PDF::ElementReader& reader, const Settings& s, PageCounts& counts, int level) {
+void Walk(PDF::ElementReader& reader, const Settings& s, PageCounts& counts, int level,
+          const Place& place) {
     while (PDF::Element* e = reader.Next()) {
         ++counts.elements;
         const PDF::Element::Type type = e->GetType();
         if (type == PDF::Element::e_text) ++counts.text;
-        if (!s.summary) {
+        const bool marked = type == PDF::Element::e_marked_content_begin ||
+                            type == PDF::Element::e_marked_content_point;
+        if (s.structure) {
+            if (marked && e->GetStructMCID() >= 0)
+                std::printf("mcid %d %s %d %s\n", place.page,
+                            place.owner && place.owner->IsIndirect()
+                                ? std::to_string(place.owner->GetObjNum()).c_str()
+                                : "direct",
+                            e->GetStructMCID(), ObjRef(e->GetParentStructElement()).c_str());
+        } else if (!s.summary) {
             if (type == PDF::Element::e_text) {
                 PrintText(*e, level);
             } else if (type == PDF::Element::e_path || type == PDF::Element::e_image ||
                        type == PDF::Element::e_inline_image || type == PDF::Element::e_form ||
                        type == PDF::Element::e_shading) {
                 std::printf("%*s%s bbox=%s\n", level * 2, "", KindName(type), Box(*e).c_str());
+            } else if (marked) {
+                const std::string mc = StructText(*e);
+                std::printf("%*s%s%s%s\n", level * 2, "", KindName(type), mc.empty() ? "" : " ",
+                            mc.c_str());
             } else {
                 std::printf("%*s%s\n", level * 2, "", KindName(type));
             }
         }
         if (type == PDF::Element::e_form && s.forms) {
             ++counts.forms;
+            const Place inner{place.page, e->GetXObject()};
             reader.FormBegin();
-            Walk(reader, s, counts, level + 1);
+            Walk(reader, s, counts, level + 1, inner);
             reader.End();
         }
     }
@@ -131,13 +169,13 @@ bool ProcessFile(const char* path, const Settings& s) {
                 std::printf("%s page %d: not found\n", path, n);
                 continue;
             }
-            if (!s.summary) std::printf("%s page %d\n", path, n);
+            if (!s.summary && !s.structure) std::printf("%s page %d\n", path, n);
             PDF::ElementReader reader;
             PageCounts counts;
             std::string status = "ok";
             try {
                 reader.Begin(*it);
-                Walk(reader, s, counts, 1);
+                Walk(reader, s, counts, 1, Place{n, it->GetSDFObj()});
             } catch (const Common::Exception& e) {
                 status = std::string("ended: ") + e.GetMessage();
             }
@@ -162,6 +200,8 @@ int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--summary") == 0)
             s.summary = true;
+        else if (std::strcmp(argv[i], "--struct") == 0)
+            s.structure = true;
         else if (std::strcmp(argv[i], "--no-forms") == 0)
             s.forms = false;
         else if (std::strcmp(argv[i], "--pages") == 0 && i + 1 < argc)
@@ -173,7 +213,8 @@ int main(int argc, char** argv) {
     }
     if (files.empty()) {
         std::fprintf(stderr,
-                     "usage: elements [--pages LIST] [--password PW] [--summary] [--no-forms] FILE...\n");
+                     "usage: elements [--pages LIST] [--password PW] [--summary] [--struct] [--no-forms] "
+                     "FILE...\n");
         return 2;
     }
     PDF::Ferrox::Initialize();
