@@ -2,6 +2,7 @@
 
 #include "Common/Exception.h"
 #include "Common/Limits.h"
+#include "PDF/StructParents.h"
 #include "SDF/Obj.h"
 
 namespace lum::PDF {
@@ -104,7 +105,9 @@ void ElementBuilderImpl::ResetLevel(const GStateImpl* parent) {
     m_text_length = -999.0;
     m_code_sizes.clear();
     m_has_text_matrix = false;
+    mp_struct_owner = nullptr;
     mp_struct_parents = nullptr;
+    m_struct_parents_known = false;
     m_default_cmyk = ColorSpace::CreateDeviceCMYK();
     m_default_rgb = ColorSpace::CreateDeviceRGB();
     m_default_gray = ColorSpace::CreateDeviceGray();
@@ -311,11 +314,15 @@ int ElementBuilderImpl::GetStructMCID() {
 }
 
 SDF::Obj* ElementBuilderImpl::GetParentStructElement() {
-    if (!mp_struct_parents) return nullptr;
     const int mcid = GetStructMCID();
+    if (mcid < 0) return nullptr;
+    if (!m_struct_parents_known) {
+        mp_struct_parents = LookUpStructParents(mp_struct_owner);
+        m_struct_parents_known = true;
+    }
+    if (!mp_struct_parents) return nullptr;
     try {
-        if (mcid < 0 || !mp_struct_parents->IsArray() ||
-            UInt64(mcid) >= mp_struct_parents->Size())
+        if (!mp_struct_parents->IsArray() || UInt64(mcid) >= mp_struct_parents->Size())
             return nullptr;
         SDF::Obj* parent = mp_struct_parents->GetAt(UInt32(mcid));
         return parent && (parent->IsDict() || parent->IsStream()) ? parent : nullptr;

@@ -186,7 +186,12 @@ private:
     SDF::Obj* mp_mc_tag = nullptr;        // owned
     SDF::Obj* mp_mc_props = nullptr;      // owned when m_mc_props_owned
     bool m_mc_props_owned = false;
+    // The structure parents of the level's marked content: the ParentTree entry of its page or
+    // form (null for a glyph's level), looked up when a client first asks, since the text road
+    // never does and a flat tree of many pages costs a scan per lookup.
+    SDF::Obj* mp_struct_owner = nullptr;
     SDF::Obj* mp_struct_parents = nullptr;
+    bool m_struct_parents_known = false;
 
     // --- Colour ---
     // The level's replacements of the device families (DefaultGray, DefaultRGB, DefaultCMYK).

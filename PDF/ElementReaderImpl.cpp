@@ -6,7 +6,6 @@
 #include "Common/Limits.h"
 #include "Filters/FilterReader.h"
 #include "PDF/Font/Font.h"
-#include "PDF/StructParents.h"
 #include "SDF/Obj.h"
 #include "SDF/SDFDoc.h"
 
@@ -66,7 +65,6 @@ void ElementReaderImpl::Reset() {
     m_matrices.clear();
     m_open_set.clear();
     m_open_stack.clear();
-    m_struct_arrays.clear();
     m_level_info.clear();
     m_level_count = 0;
     mp_element = nullptr;
@@ -129,8 +127,7 @@ void ElementReaderImpl::OpenLevel(SDF::Obj* owner, std::unique_ptr<Filters::Filt
     m_open_stack.push_back(direct);
     if (direct) m_open_set.insert(direct);
     m_matrices.push_back(base);
-    m_struct_arrays.push_back(structured ? LookUpStructParents(direct) : nullptr);
-    element->mp_struct_parents = m_struct_arrays.back();
+    element->mp_struct_owner = structured ? direct : nullptr;
 
     m_streams.push_back(std::move(stream));
     AttachTop();
@@ -296,7 +293,6 @@ bool ElementReaderImpl::End() {
     if (info.mp_owner) m_open_set.erase(info.mp_owner);
     m_open_stack.pop_back();
     m_matrices.pop_back();
-    m_struct_arrays.pop_back();
     m_level_info.pop_back();
     --m_level_count;
     mp_element = m_levels[size_t(m_level_count - 1)].get();

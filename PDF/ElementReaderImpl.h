@@ -68,8 +68,8 @@ private:
 
     // --- Levels and streams ---
     void Reset();
-    // Opens a level on `stream` (may be null: an empty level). A page or form level
-    // (`structured`) looks up the structure parents of its marked content; a glyph's doesn't.
+    // Opens a level on `stream` (may be null: an empty level). The marked content of a page or
+    // form level (`structured`) has structure parents; a glyph's has none.
     void OpenLevel(SDF::Obj* owner, std::unique_ptr<Filters::Filter> stream,
                    const GStateImpl* parent_state, const Common::Matrix2D& base,
                    bool structured = true);
@@ -142,7 +142,6 @@ private:
     std::vector<Common::Matrix2D> m_matrices;
     std::set<SDF::Obj*> m_open_set;
     std::vector<SDF::Obj*> m_open_stack;
-    std::vector<SDF::Obj*> m_struct_arrays;
     void* mp_oc_context = nullptr;
     SDF::SDFDoc* mp_doc = nullptr;
     // What an operator that ran inside an open array left for the reading loop: the array's

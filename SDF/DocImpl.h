@@ -124,7 +124,12 @@ public:
     // reading road depends on objects, so this only takes the document lock for the walk.
     void NotifyModified(Obj* cause);
 
-    enum AttachmentSlot { e_shared_resources = 0, e_glyph_box_cache = 1, e_attachment_count };
+    enum AttachmentSlot {
+        e_shared_resources = 0,
+        e_glyph_box_cache = 1,
+        e_number_tree_index = 2,
+        e_attachment_count
+    };
     // The attachment in `slot`, made by `make()` (answering a new DocAttachment) on first use.
     // Lookups and the insertion run under the table's mutex; `make` must not reenter here.
     template <class Make>

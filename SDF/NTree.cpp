@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <unordered_map>
 
 #include "Common/Exception.h"
+#include "SDF/NTreeIndex.h"
 #include "SDF/Obj.h"
 
 namespace lum::SDF {
@@ -57,12 +59,6 @@ void NTreeNode::Push(Int32 pos, Obj* arr, bool leaf) {
     m_names.push_back(leaf);
 }
 
-Int64 NTreeNode::FindInLeaf(Obj* leaf, UInt64 size, Obj* key) {
-    for (UInt64 i = 0; i + 1 < size; i += 2)
-        if (Compare(key, leaf->GetAt(UInt32(i))) == 0) return Int64(i);
-    return -1;
-}
-
 NTreeNode::Step NTreeNode::Enter(VisitedSet& visited, Obj* node, Obj* key, Obj*& value,
                                  Obj*& kids) {
     if (!node || !visited.insert(node->GetDirect()).second) return Step::e_not_found;
@@ -84,7 +80,7 @@ NTreeNode::Step NTreeNode::Enter(VisitedSet& visited, Obj* node, Obj* key, Obj*&
     if (size % 2 != 0) return Step::e_odd_leaf;
     Int64 pos = 0;
     if (key) {
-        pos = FindInLeaf(leaf, size, key);
+        pos = FindKeyInLeaf(leaf, size, key);
         if (pos < 0) return Step::e_not_found;
     } else if (size < 2) {
         return Step::e_not_found;
@@ -115,11 +111,13 @@ Obj* NTreeNode::FindImpl(VisitedSet& visited, Obj* node, Obj* key) {
 
     Obj* value = nullptr;
     Obj* kids = nullptr;
+    // The failure names FindImpl, as the recursive form of this walk would.
     auto enter = [&](Obj* n) -> Step {
         const Step step = Enter(visited, n, key, value, kids);
         if (step == Step::e_odd_leaf)
-            throw Common::Exception("(sz%2)== 0", __LINE__, __FILE__, "lum::SDF::NTreeNode::FindImpl",
-                                    "The size of Names array in the NameTree is not an even number");
+            throw Common::Exception(
+                "(sz%2)== 0", __LINE__, __FILE__, "lum::SDF::NTreeNode::FindImpl",
+                "The size of Names array in the NameTree is not an even number");
         return step;
     };
 

@@ -3,7 +3,6 @@
 // and a flat array of key and value pairs at the leaves (Names or Nums). The lookup doesn't
 // trust the tree: it survives cycles and nodes reached twice, tests Limits only where they are
 // present, and searches every leaf from the front, so unsorted leaves are found as well.
-#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -54,8 +53,6 @@ private:
     // Enters one node: answers the value found in it (a leaf), that it has nothing, that it
     // is an inner node (its Kids in `kids`), or that its leaf array has an odd size.
     Step Enter(VisitedSet& visited, Obj* node, Obj* key, Obj*& value, Obj*& kids);
-    // Searches one leaf array; the index of the first key equal to `key`, or -1.
-    static Int64 FindInLeaf(Obj* leaf, UInt64 size, Obj* key);
     void Truncate(size_t levels);
     void Push(Int32 pos, Obj* arr, bool leaf);
 

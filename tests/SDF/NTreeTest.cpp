@@ -9,6 +9,7 @@
 
 #include "ObjTestSupport.h"
 #include "SDF/NTree.h"
+#include "SDF/NTreeIndex.h"
 
 using namespace lum::SDF;
 using lum::Int32;
@@ -231,7 +232,8 @@ std::string Refs(UInt32 from, UInt32 to) {
 TEST(NTree, DeepChainWithACycleAtTheBottom) {
     const UInt32 depth = 10000;
     std::vector<PdfObject> objs;
-    for (UInt32 n = 3; n < 3 + depth; ++n) objs.push_back(Body(n, "<</Kids [" + Refs(n + 1, n + 2) + "]>>"));
+    for (UInt32 n = 3; n < 3 + depth; ++n)
+        objs.push_back(Body(n, "<</Kids [" + Refs(n + 1, n + 2) + "]>>"));
     objs.push_back(Body(3 + depth, "<</Kids [3 0 R " + Refs(4 + depth, 5 + depth) + "]>>"));
     objs.push_back(Body(4 + depth, "<</Nums [42 (bottom)]>>"));
     MemDoc doc(WithObjects(objs));
@@ -265,6 +267,53 @@ TEST(NTree, SharedKidsArrayIsWalkedOnce) {
     EXPECT_EQ(LookUp(doc, 9), "(end)");
     EXPECT_EQ(LookUp(doc, 8), "none");
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+}
+
+// Large leaves are searched through the document's index; it must answer as the scan from the
+// front does, failures included.
+TEST(NTree, LargeLeavesAnswerAsTheScan) {
+    auto leaf = [](const std::string& tail) {
+        std::string keys;
+        for (int i = 0; i < 100; ++i)
+            keys += std::to_string((i * 37) % 101) + " (v" + std::to_string(i) + ") ";
+        return "<</Nums [" + keys + tail + "]>>";
+    };
+    const std::vector<std::pair<const char*, std::string>> trees = {
+        {"unsorted", leaf("")},
+        {"repeated keys", leaf("5 (again) 200 (new) 200 (twice)")},
+        {"a string key in the middle", leaf("(x) (s) 300 (behind)")},
+        {"a free key in the middle", leaf("5 0 R (f) 300 (behind)")},
+        {"a key through a reference", leaf("4 0 R (ref) 300 (behind)")},
+    };
+    for (const auto& [name, tree] : trees) {
+        MemDoc doc(WithObjects({Body(3, tree), Body(4, "400")}, 6));
+        Obj* nums = doc->GetObj(3)->FindObj(Name(e_Nums));
+        for (Int32 k : {0, 5, 36, 100, 101, 200, 300, 400, -1}) {
+            Number key(k);
+            const auto scan = CatchFailure([&] { ScanLeaf(nums, nums->Size(), &key, 0); });
+            const auto indexed = CatchFailure([&] { FindKeyInLeaf(nums, nums->Size(), &key); });
+            EXPECT_EQ(indexed.thrown, scan.thrown) << name << " key " << k;
+            EXPECT_EQ(indexed.message, scan.message) << name << " key " << k;
+            if (!scan.thrown) {
+                EXPECT_EQ(FindKeyInLeaf(nums, nums->Size(), &key),
+                          ScanLeaf(nums, nums->Size(), &key, 0))
+                    << name << " key " << k;
+            }
+        }
+    }
+}
+
+TEST(NTree, FlatLeafOfManyPagesIsNotScannedPerLookup) {
+    // 50,000 pairs looked up one after another, as the pages of a document do: scanned, that
+    // is over a billion comparisons.
+    const Int32 n = 50000;
+    std::string nums;
+    for (Int32 i = n - 1; i >= 0; --i) nums += std::to_string(i) + " 4 0 R ";
+    MemDoc doc(WithObjects({Body(3, "<</Nums [" + nums + "]>>"), Body(4, "[(parent)]")}));
+    const auto start = std::chrono::steady_clock::now();
+    for (Int32 k = 0; k < n; ++k) ASSERT_EQ(LookUp(doc, k), "R4");
+    EXPECT_EQ(LookUp(doc, n), "none");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
 }  // namespace

@@ -213,8 +213,8 @@ int main(int argc, char** argv) {
     }
     if (files.empty()) {
         std::fprintf(stderr,
-                     "usage: elements [--pages LIST] [--password PW] [--summary] [--struct] [--no-forms] "
-                     "FILE...\n");
+                     "usage: elements [--pages LIST] [--password PW] [--summary] [--struct] "
+                     "[--no-forms] FILE...\n");
         return 2;
     }
     PDF::Ferrox::Initialize();
