@@ -3,7 +3,10 @@
 `qpdf --json=2` shows in the ParentTree of the same file.
 
     tools/structparents-compare.py [--bin build/release/elements] [--timeout 60] [--jobs 2]
-                                   [--show N] (--corpus DIR | FILE...)
+                                   [--mem-mb 2048] [--show N] (--corpus DIR | FILE...)
+
+--mem-mb 0 runs the tool without a memory limit (for sanitizer builds, which reserve far more
+address space than they use).
 
 With --corpus, every file of DIR/MANIFEST.tsv with the feature `tagged` is taken (with its
 password= feature). For each marked-content sequence with an MCID that the tool reports, the
@@ -251,8 +254,15 @@ def unloadable(pdfobjects, path, password, timeout):
     return failed
 
 
-def run_tool(binary, path, password, timeout):
-    cmd = ["prlimit", "--as=%d" % (2 << 30), "--core=0", "--", binary, "--struct"]
+def pdfobjects_beside(binary):
+    """The object tool of the same build, else of the release build."""
+    beside = os.path.join(os.path.dirname(binary), "pdfobjects")
+    return beside if os.path.exists(beside) else os.path.join(REPO, "build/release/pdfobjects")
+
+
+def run_tool(binary, path, password, timeout, mem_mb):
+    cmd = ["prlimit"] + (["--as=%d" % (mem_mb << 20)] if mem_mb else []) + ["--core=0", "--",
+                                                                            binary, "--struct"]
     if password is not None:
         cmd += ["--password", password]
     cmd.append(path)
@@ -270,8 +280,8 @@ def run_tool(binary, path, password, timeout):
     return "done", lines
 
 
-def compare_file(binary, path, password, timeout):
-    status, lines = run_tool(binary, path, password, timeout)
+def compare_file(binary, path, password, timeout, mem_mb):
+    status, lines = run_tool(binary, path, password, timeout, mem_mb)
     result = {"file": path, "status": status, "mcids": len(lines), "agree": 0,
               "explained": collections.Counter(), "unexplained": []}
     if status != "done":
@@ -315,8 +325,7 @@ def compare_file(binary, path, password, timeout):
                   if is_number(key) else None)
         if not reason and got == "none" and is_number(key):
             if failed is None:
-                failed = unloadable(os.path.join(os.path.dirname(binary), "pdfobjects"), path,
-                                    password, timeout)
+                failed = unloadable(pdfobjects_beside(binary), path, password, timeout)
             if road_refs(objs, trailer, root, key, mcid) & set(failed):
                 reason = "unloadable"
         if reason:
@@ -349,6 +358,7 @@ def main():
     ap.add_argument("--timeout", type=int, default=60)
     ap.add_argument("--jobs", type=int, default=2)
     ap.add_argument("--show", type=int, default=20)
+    ap.add_argument("--mem-mb", type=int, default=2048)
     ap.add_argument("--corpus")
     ap.add_argument("files", nargs="*")
     args = ap.parse_args()
@@ -360,7 +370,8 @@ def main():
     explained = collections.Counter()
     bad_files, unexplained = [], []
     with concurrent.futures.ThreadPoolExecutor(args.jobs) as pool:
-        for r in pool.map(lambda fp: compare_file(args.bin, fp[0], fp[1], args.timeout), files):
+        for r in pool.map(lambda fp: compare_file(args.bin, fp[0], fp[1], args.timeout,
+                                                     args.mem_mb), files):
             totals["files"] += 1
             if r["status"] != "done":
                 totals[r["status"].split(" ")[0]] += 1
