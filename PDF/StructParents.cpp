@@ -1,23 +1,12 @@
 #include "PDF/StructParents.h"
 
-#include <cstdint>
-
 #include "Common/Exception.h"
+#include "Common/NumberConversions.h"
 #include "SDF/NTree.h"
 #include "SDF/Obj.h"
 #include "SDF/SDFDoc.h"
 
 namespace lum::PDF {
-
-namespace {
-
-// Truncation toward zero; outside the 32-bit range, and NaN, the lowest value, as the
-// machine's own conversion gives.
-Int32 KeyNumber(double d) noexcept {
-    return d > -2147483649.0 && d < 2147483648.0 ? Int32(d) : INT32_MIN;
-}
-
-}  // namespace
 
 SDF::Obj* LookUpStructParents(SDF::Obj* page_or_form) noexcept {
     if (!page_or_form) return nullptr;
@@ -26,7 +15,7 @@ SDF::Obj* LookUpStructParents(SDF::Obj* page_or_form) noexcept {
         SDF::Obj* key = page_or_form->FindObj(SDF::Name(SDF::e_StructParents));
         if (!key) key = page_or_form->FindObj(SDF::Name(SDF::e_StructParent));
         if (!key) return nullptr;
-        const Int32 number = KeyNumber(key->GetNumber());
+        const Int32 number = Common::TruncateToInt32(key->GetNumber());
 
         SDF::SDFDoc* doc = page_or_form->GetDoc();
         if (!doc) return nullptr;
