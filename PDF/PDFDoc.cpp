@@ -83,7 +83,20 @@ Int32 PDFDoc::GetPageCount() {
 PageIterator PDFDoc::GetPageIterator(Int32 page_number) {
     Obj* root = GetPagesRoot();
     std::lock_guard<std::mutex> lock(m_walk_lock);
-    return PageIterator(this, root, page_number, &m_walk_memo);
+    PageIterator it(this, root, page_number, &m_walk_memo);
+    if (it.GetPageNumber() > 0) m_found_numbers[it->mp_leaf_node] = it.GetPageNumber();
+    return it;
+}
+
+Int32 PDFDoc::GetFoundPageNumber(const Obj* page) {
+    std::lock_guard<std::mutex> lock(m_walk_lock);
+    const auto found = m_found_numbers.find(page);
+    return found == m_found_numbers.end() ? 0 : found->second;
+}
+
+void PDFDoc::NoteFoundPage(const Obj* page, Int32 number) {
+    std::lock_guard<std::mutex> lock(m_walk_lock);
+    m_found_numbers[page] = number;
 }
 
 PageIterator PDFDoc::GetPageIteratorEnd() { return PageIterator(this, GetPagesRoot(), 0); }

@@ -4,6 +4,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <unordered_map>
 
 #include "Common/Types.h"
 #include "PDF/PageIterator.h"
@@ -39,12 +40,19 @@ public:
     // the page tree that can't be read. Not reachable from the file.
     SDF::Obj* GetBlankPage();
 
+    // The number under which `page` was last found by a lookup or an iterator step, or 0.
+    // A page shared by several places of the tree (the blank page among them) answers the
+    // place found last, which is the one a caller that finds a page and then reads it means.
+    Int32 GetFoundPageNumber(const SDF::Obj* page);
+    void NoteFoundPage(const SDF::Obj* page, Int32 number);
+
 private:
     // Gives a trailer that lost its Root a catalog found by scanning the objects.
     void EnsureRoot();
 
-    std::mutex m_walk_lock;  // guards m_walk_memo
+    std::mutex m_walk_lock;  // guards m_walk_memo and m_found_numbers
     PageWalkMemo m_walk_memo;
+    std::unordered_map<const SDF::Obj*, Int32> m_found_numbers;
 };
 
 }  // namespace lum::PDF

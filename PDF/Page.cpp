@@ -4,6 +4,8 @@
 
 #include "Common/Exception.h"
 #include "Common/Limits.h"
+#include "PDF/PDFDoc.h"
+#include "PDF/PageIterator.h"
 #include "SDF/Obj.h"
 
 namespace lum::PDF {
@@ -146,6 +148,18 @@ Obj* Page::GetContents() const {
 Obj* Page::GetAnnots() const {
     if (!IsValid()) return nullptr;
     return mp_leaf_node->FindObj(SDF::e_Annots);
+}
+
+Int32 Page::GetIndex() const {
+    if (!IsValid()) return 0;
+    auto* doc = dynamic_cast<PDFDoc*>(mp_leaf_node->GetDoc());
+    if (!doc) return 0;
+    if (const Int32 found = doc->GetFoundPageNumber(mp_leaf_node)) return found;
+    try {
+        return PageIterator::NumberByParents(mp_leaf_node, doc->GetPagesRoot());
+    } catch (const Common::Exception&) {
+        return 0;  // no catalog or no Pages: no tree to count in
+    }
 }
 
 Obj* Page::GetResourceDict() const { return IMPL_LUM_PageGetResourceDict(mp_leaf_node); }

@@ -48,6 +48,10 @@ public:
     // The inherited Resources; raises "Page resources not found." when there are none.
     SDF::Obj* GetResourceDict() const;
 
+    // The page's number in its document, from 1: the number under which the document last
+    // found it, else the one its Parent chain tells; 0 when neither can be told.
+    Int32 GetIndex() const;
+
     bool operator==(const Page& other) const { return mp_leaf_node == other.mp_leaf_node; }
 
     // 0, 90, 180 or 270.

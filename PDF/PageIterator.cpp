@@ -131,6 +131,7 @@ Obj* PageIterator::Find(Obj* root, Int32 p, PageWalkMemo* memo) {
             m_stack.emplace_back(static_cast<UInt32>(p - 1), root);
             return kid;
         }
+        // Not a leaf: the walk below decides, as for any tree.
     }
 
     // The walk's state: one frame per entered node, the last one being scanned.
@@ -240,6 +241,7 @@ PageIterator& PageIterator::operator++() {
             if (m_page_number >= page_count) break;
             ++m_page_number;
             m_page = Page(kid);
+            mp_doc->NoteFoundPage(kid, m_page_number);
             return *this;
         }
         Obj* sub_kids = KidsArray(kid);
@@ -254,6 +256,57 @@ PageIterator& PageIterator::operator++() {
     m_stack.clear();
     SetEnd();
     return *this;
+}
+
+namespace {
+
+// The pages a kid holds as the walk counts them: a page (or the blank page standing in for a
+// kid that is no dictionary or can't be read) is one, an inner node its Count, anything else
+// none.
+double PagesOfKid(Obj* kid) {
+    try {
+        if (!kid || (kid->IsIndirect() && kid->IsFree()) || !kid->IsDict()) return 1;
+        if (PageIterator::IsPageNode(kid)) return 1;
+        double count = 0;
+        return KidsArray(kid) && NodeCount(kid, count) ? count : 0;
+    } catch (const Common::Exception&) {
+        return 1;
+    }
+}
+
+bool SameObj(Obj* a, Obj* b) { return a == b || a->GetDirect() == b->GetDirect(); }
+
+}  // namespace
+
+Int32 PageIterator::NumberByParents(Obj* page, Obj* root) {
+    try {
+        double before = 0;
+        Obj* node = page;
+        for (int depth = 0; depth < Limits::kMaxPageTreeDepth; ++depth) {
+            if (SameObj(node, root)) {
+                const double number = before + 1;
+                return number <= static_cast<double>(Limits::kMaxPageCount) ? Int32(number) : 0;
+            }
+            Obj* parent = SafeFind(node, SDF::e_Parent);
+            Obj* kids = parent && parent->IsDict() ? KidsArray(parent) : nullptr;
+            if (!kids) return 0;
+            const UInt64 n = kids->Size();
+            UInt64 at = 0;
+            double pages = 0;
+            while (at < n && !SameObj(kids->GetAt(static_cast<UInt32>(at)), node))
+                pages += PagesOfKid(kids->GetAt(static_cast<UInt32>(at++)));
+            if (at == n) return 0;
+            // A large flat root whose Count agrees with its size is indexed directly.
+            double root_count = 0;
+            if (SameObj(parent, root) && n > kFlatTreeThreshold && NodeCount(root, root_count) &&
+                root_count == static_cast<double>(n) && IsPageNode(node))
+                pages = static_cast<double>(at);
+            before += pages;
+            node = parent;
+        }
+    } catch (const Common::Exception&) {
+    }
+    return 0;
 }
 
 }  // namespace lum::PDF

@@ -60,6 +60,11 @@ public:
     // Contents or Resources. Lookups that fail count as absent.
     static bool IsPageNode(SDF::Obj* dict);
 
+    // The number under which a lookup from `root` finds `page`, told by climbing its Parent
+    // chain and counting the pages before it at each level as the walk counts them; 0 when the
+    // chain doesn't lead to `root` through Kids that hold it, or the number is out of range.
+    static Int32 NumberByParents(SDF::Obj* page, SDF::Obj* root);
+
 private:
     // Walks from `root` to page `p`, filling the stack; null when the tree has no page p.
     SDF::Obj* Find(SDF::Obj* root, Int32 p, PageWalkMemo* memo);

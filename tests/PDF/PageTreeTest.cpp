@@ -168,7 +168,24 @@ TEST_P(PageTree, FindsPagesByNumber) {
         EXPECT_EQ(c.pages[p - 1], Describe(*f.doc, fresh)) << "page " << p;
         PageIterator descending = f.doc->GetPageIterator(p);
         EXPECT_EQ(c.pages[p - 1], Describe(*f.doc, descending)) << "page " << p;
+        // A page found answers the number it was found under, whatever its Parent says.
+        if (descending.GetPageNumber() != 0) EXPECT_EQ(p, descending->GetIndex()) << "page " << p;
     }
+}
+
+TEST(PageTree, PageNumbersByParentChain) {
+    // Never looked up: the number comes from the Parent chain, counted as the walk counts.
+    Opened f({kCatalog, "<< /Type /Pages /Kids [3 0 R 7 0 R (x) 8 0 R] /Count 5 >>",
+              "<< /Type /Pages /Parent 2 0 R /Kids [4 0 R 5 0 R 6 0 R] /Count 2 >>",
+              "<< /Type /Page /Parent 3 0 R >>", "<< /Type /Pages /Parent 3 0 R /Kids [] /Count 0 >>",
+              "<< /Type /Page /Parent 3 0 R >>", kPage, kPage,
+              kPage,  // 9: not among the kids of its Parent
+              "<< /Type /Page /Parent 10 0 R >>"});
+    const std::pair<lum::UInt32, int> want[] = {{4, 1}, {6, 2}, {7, 3}, {8, 5}, {9, 0}, {10, 0}};
+    for (const auto& [num, index] : want)
+        EXPECT_EQ(index, lum::PDF::Page(f.doc->GetObj(num)).GetIndex()) << num;
+    PageIterator blank = f.doc->GetPageIterator(4);
+    EXPECT_EQ(4, blank->GetIndex());
 }
 
 INSTANTIATE_TEST_SUITE_P(Trees, PageTree, ::testing::ValuesIn(TreeCases()),
@@ -239,6 +256,7 @@ TEST(PageTree, LargeFlatTreesAreIndexedDirectly) {
     }
     {
         Opened f(FlatTreeWithInnerFirstKid(1001));  // direct: page 2 is kid 1
+        EXPECT_EQ(2, lum::PDF::Page(f.doc->GetObj(4)).GetIndex());
         PageIterator it = f.doc->GetPageIterator(2);
         EXPECT_EQ("4", Describe(*f.doc, it));
         PageIterator last = f.doc->GetPageIterator(1001);
