@@ -84,6 +84,8 @@ void TRun::Emit(EmitContext& ctx) {
     const Rect extent = ctx.extents ? ctx.extents->FontExtent(mp_font) : Rect();
     const bool common_height = !ApproxEqual(extent.y2 - extent.y1, 0);
     const GlyphArena& arena = *mp_arena;
+    UInt32 extent_matrices = ~UInt32(0);
+    Quad extent_quad;
     for (UInt32 fi = 0; fi < m_frag_count; ++fi) {
         const WordFrag& f = Frag(fi);
         for (UInt32 gi = 0; gi < f.count; ++gi) {
@@ -97,15 +99,16 @@ void TRun::Emit(EmitContext& ctx) {
             }
             Quad quad = g.page_quad;
             if (common_height) {
-                // Every glyph of the font gets the font's height: an x as tall as an l.
-                const GlyphMatrices& m = arena.Matrices(g.matrices);
-                Matrix2D glyph = m.glyph;
-                glyph.m_h += g.x;
-                glyph.m_v += g.y;
-                const Quad e = QuadThrough(glyph, extent);
+                // Every glyph of the font gets the font's height: an x as tall as an l. The
+                // extent through the glyph matrix is the same for all glyphs of an element
+                // but for the glyph's own origin, which only moves it.
+                if (g.matrices != extent_matrices) {
+                    extent_matrices = g.matrices;
+                    extent_quad = QuadThrough(arena.Matrices(g.matrices).glyph, extent);
+                }
                 Quad t = g.text_quad;
-                for (int i = 1; i < 8; i += 2) t.v[i] = e.v[i];
-                quad = MapQuad(m.page, t);
+                for (int i = 1; i < 8; i += 2) t.v[i] = extent_quad.v[i] + g.y;
+                quad = MapQuad(arena.Matrices(g.matrices).page, t);
                 box = BoxAround(quad);
             }
             ctx.store.StoreGlyph(g.unit, g.offset, box, quad, mp_font, m_font_height, m_red,
