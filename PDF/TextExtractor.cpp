@@ -12,7 +12,6 @@
 #include "PDF/GlyphBoxCache.h"
 #include "PDF/Text/GlyphMemo.h"
 #include "PDF/Text/PageCollector.h"
-#include "PDF/Text/PageNumber.h"
 #include "SDF/Obj.h"
 #include "PDF/Text/TextXml.h"
 
@@ -143,7 +142,6 @@ TextExtractor::Line FirstLine(const TextExtractorImpl& store) {
 TextExtractor::TextExtractor()
     : mp_impl(std::make_unique<TextExtractorImpl>()),
       mp_engine(std::make_unique<TextEngine>()),
-      mp_numbers(std::make_unique<PageNumberCache>()),
       mp_colors(std::make_unique<Color::ColorSpaceCache>()),
       mp_glyphs(std::make_unique<GlyphMemo>()) {}
 
@@ -188,7 +186,7 @@ TextExtractor::Line TextExtractor::GetFirstLine() const { return FirstLine(*mp_i
 void TextExtractor::GetAsXML(UString& out, UInt32 flags) const {
     XmlPageInfo info;
     if (m_page.IsValid()) {
-        info.number = mp_numbers->Find(m_page);
+        info.number = m_page.GetIndex();
         info.crop_box = m_page.GetCropBox();
         info.media_box = m_page.GetMediaBox();
         info.rotate = Page::RotationToDegrees(m_page.GetRotation());

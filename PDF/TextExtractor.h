@@ -18,7 +18,6 @@ namespace lum::PDF {
 
 class TextExtractorImpl;
 class TextEngine;
-class PageNumberCache;
 class CaptureTrace;
 class GlyphMemo;
 namespace Color {
@@ -147,7 +146,6 @@ public:
 private:
     std::unique_ptr<TextExtractorImpl> mp_impl;
     std::unique_ptr<TextEngine> mp_engine;
-    std::unique_ptr<PageNumberCache> mp_numbers;
     // What the extractor learns of a document's colour spaces and character codes.
     std::unique_ptr<Color::ColorSpaceCache> mp_colors;
     std::unique_ptr<GlyphMemo> mp_glyphs;
