@@ -10,6 +10,7 @@
 #include "Common/Exception.h"
 #include "Common/UString.h"
 #include "FontSupport/Face.h"
+#include "FontSupport/FreeTypeLibrary.h"
 #include "PDF/Font/CIDFont.h"
 #include "PDF/Font/CMap.h"
 #include "PDF/Font/FontSubstitution.h"
@@ -283,6 +284,11 @@ const char* FontImpl::GetName() {
 }
 
 std::string FontImpl::GetFamilyName() {
+    {
+        std::lock_guard<std::recursive_mutex> lock(m_font_mutex);
+        if (LoadFontProgram() && mp_face && mp_face->Get()->family_name)
+            return mp_face->Get()->family_name;
+    }
     if (!mp_font_descriptor) return "unknown";
     std::string out;
     Swallow([&] {
@@ -296,6 +302,35 @@ std::string FontImpl::GetFamilyName() {
         }
     });
     return out;
+}
+
+int FontImpl::GetCMapKinds(int& kinds) {
+    std::lock_guard<std::recursive_mutex> lock(m_font_mutex);
+    kinds = 0;
+    if (!LoadFontProgram() || !mp_face) return 0;
+    FT_Face face = mp_face->Get();
+    for (int i = 0; i < face->num_charmaps; ++i) {
+        const FT_CharMap cm = face->charmaps[i];
+        if (cm->platform_id == 3 && cm->encoding_id == 1) kinds |= 1;
+        if (cm->platform_id == 3 && cm->encoding_id == 0) kinds |= 2;
+        if (cm->platform_id == 1 && cm->encoding_id == 0) kinds |= 4;
+    }
+    return face->num_charmaps;
+}
+
+const std::vector<UInt32>& FontImpl::CharCodes() {
+    std::lock_guard<std::recursive_mutex> lock(m_font_mutex);
+    if (!m_char_codes_read) {
+        m_char_codes_read = true;
+        if (LoadFontProgram() && mp_face) {
+            std::lock_guard<std::mutex> ft_lock(FontSupport::FreeTypeLibrary::GetLock());
+            FT_UInt gid = 0;
+            for (FT_ULong code = FT_Get_First_Char(mp_face->Get(), &gid); gid != 0;
+                 code = FT_Get_Next_Char(mp_face->Get(), code, &gid))
+                m_char_codes.push_back(UInt32(code));
+        }
+    }
+    return m_char_codes;
 }
 
 int FontImpl::GetUnitsPerEm() {

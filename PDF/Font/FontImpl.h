@@ -101,6 +101,13 @@ public:
     virtual void ReadFontDescriptor();
     // Opens the embedded font program; true when a face exists afterwards.
     virtual bool LoadFontProgram();
+    // The face's charmaps: their number, and in `kinds` 1 for (3,1), 2 for (3,0), 4 for (1,0).
+    virtual int GetCMapKinds(int& kinds);
+    // The codes with a glyph in the face, in the order of its current charmap; empty without
+    // a face. Read once.
+    const std::vector<UInt32>& CharCodes();
+    std::vector<UInt32>::const_iterator CharCodeBegin() { return CharCodes().begin(); }
+    std::vector<UInt32>::const_iterator CharCodeEnd() { return CharCodes().end(); }
 
     // Glyph outlines and the face's metrics (FontGlyphPath.cpp). Outline points are pairs of
     // doubles with y growing downwards; operators are FontSupport::PathOperator.
@@ -159,6 +166,8 @@ protected:
     std::unique_ptr<Fnt::FontSubstitution> mp_subst;
     std::unique_ptr<Fnt::CMap> mp_tounicode;
     bool m_tounicode_loaded = false;
+    std::vector<UInt32> m_char_codes;
+    bool m_char_codes_read = false;
 
 private:
     // The glyph roads of a font without a face (FontGlyphPath.cpp).

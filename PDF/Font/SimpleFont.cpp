@@ -132,10 +132,7 @@ bool SimpleFont::MapUnicodeToCode(Unicode unit, UInt32& code) {
     return false;
 }
 
-void SimpleFont::PrepareUnicode() {
-    if (m_unicode_ready.load(std::memory_order_acquire)) return;
-    std::lock_guard<std::recursive_mutex> lock(m_font_mutex);
-    if (m_unicode_ready.load(std::memory_order_relaxed)) return;
+UnicodeTableInput SimpleFont::UnicodeInput() {
     UnicodeTableInput in;
     in.names = m_encoding;
     in.zapf_dingbats = m_base14_type == Font::e_zapf_dingbats;
@@ -147,7 +144,16 @@ void SimpleFont::PrepareUnicode() {
     in.truetype = GetType() == Font::e_TrueType;
     for (const std::string& name : m_owned_names)
         if (name.size() >= 4) in.long_owned_name = true;
-    BuildUnicodeTable(in, m_unicode);
+    return in;
+}
+
+void SimpleFont::PrepareUnicode() {
+    if (m_unicode_ready.load(std::memory_order_acquire)) return;
+    std::lock_guard<std::recursive_mutex> lock(m_font_mutex);
+    if (m_unicode_ready.load(std::memory_order_relaxed)) return;
+    // A TrueType program gives names to codes when it is opened: open it before the table.
+    if (GetType() == Font::e_TrueType) LoadFontProgram();
+    BuildUnicodeTable(UnicodeInput(), m_unicode);
     LoadToUnicode();
     m_unicode_ready.store(true, std::memory_order_release);
 }

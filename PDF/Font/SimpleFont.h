@@ -8,6 +8,7 @@
 
 #include "PDF/Font/Encodings.h"
 #include "PDF/Font/FontImpl.h"
+#include "PDF/Font/GlyphNames.h"
 
 namespace lum::PDF::Fnt {
 
@@ -42,6 +43,8 @@ protected:
     void InitWidths();
     // The Unicode table and the ToUnicode load, once; cheap after the first call.
     void PrepareUnicode();
+    // What the Unicode table is built from.
+    UnicodeTableInput UnicodeInput();
 
     Font::StandardType1Font m_base14_type = Font::e_null;
     EncodingKind m_encoding_kind = e_custom;

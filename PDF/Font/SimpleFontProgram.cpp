@@ -150,7 +150,10 @@ TrueTypeFont::Route TrueTypeFont::SetCharmap(bool& symbol_charmap, bool& names_o
 }
 
 void TrueTypeFont::MapCodes(Route route, bool symbol_charmap, bool names_open) {
-    if (route == e_route_unicode) PrepareUnicode();
+    // The Unicode route looks names up by their values. This table serves the route only: the
+    // font's own is built at the first mapping, from the names the routes leave.
+    Unicode values[256] = {};
+    if (route == e_route_unicode) BuildUnicodeTable(UnicodeInput(), values);
     std::lock_guard<std::mutex> ft_lock(FontSupport::FreeTypeLibrary::GetLock());
     FT_Face face = mp_face->Get();
     char name[kGlyphNameBuffer];
@@ -175,7 +178,7 @@ void TrueTypeFont::MapCodes(Route route, bool symbol_charmap, bool names_open) {
             }
             case e_route_unicode: {
                 if (m_encoding[c]) {
-                    const Unicode value = m_unicode[c];
+                    const Unicode value = values[c];
                     if (value != 0 && value != kCompoundName)
                         gid = LookupWithVariants(face, value);
                     else

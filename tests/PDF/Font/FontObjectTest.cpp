@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "PDF/Content/ContentTestSupport.h"
+#include "support/TestSupport.h"
 #include "PDF/Font/Font.h"
 #include "PDF/Font/FontImpl.h"
 #include "SDF/Obj.h"
@@ -306,6 +307,75 @@ TEST(FontMapping, GarbageProgramLeavesAFontThatIsNotEmbedded) {
     UInt32 count = 0;
     EXPECT_TRUE(font.MapToUnicode(65, units, 4, count));
     EXPECT_EQ(units[0], u'A');  // WinAnsiEncoding behind a TrueType font without a program
+}
+
+}  // namespace
+}  // namespace lum::test
+
+namespace lum::test {
+namespace {
+
+// TrueType programs of tools/gen-test-fonts.py: glyphs .notdef, A (1) and B (2) behind one
+// charmap each.
+struct RouteCase {
+    const char* name;
+    const char* file;
+    std::string entries;  // Flags and Encoding
+    UInt32 code;
+    UInt32 glyph;
+    char16_t unit;
+};
+
+class TrueTypeRoutes : public ::testing::TestWithParam<RouteCase> {};
+
+TEST_P(TrueTypeRoutes, GlyphAndNameOfACode) {
+    const RouteCase& c = GetParam();
+    const std::string program = ReadFile(DataPath(std::string("fonts/") + c.file));
+    PageSpec spec;
+    spec.extra = {"<< /Type /Font /Subtype /TrueType /BaseFont /ABCDEF+Test /FirstChar 65 /LastChar 66 "
+                  "/Widths [500 500] /FontDescriptor 8 0 R " + c.entries + " >>",
+                  StreamObj(program, "/Length1 " + std::to_string(program.size())),
+                  "<< /Type /FontDescriptor /FontName /ABCDEF+Test " +
+                      std::string(c.entries.find("/Flags 4") != std::string::npos ? "/Flags 4" : "/Flags 32") +
+                      " /FontFile2 7 0 R >>"};
+    MemoryDoc doc(BuildPagePdf(spec));
+    const Font font(doc.Doc().GetObj(6));
+    UInt32 glyph = 99;
+    EXPECT_TRUE(font.GetGlyphIndex(c.code, glyph));
+    EXPECT_TRUE(font.IsEmbedded());
+    EXPECT_EQ(glyph, c.glyph);
+    Unicode units[4];
+    UInt32 count = 0;
+    font.MapToUnicode(c.code, units, 4, count);
+    ASSERT_EQ(count, 1u);
+    EXPECT_EQ(units[0], c.unit);
+}
+
+const RouteCase kRoutes[] = {
+    {"symbol_charmap_in_private_use", "symbol-cmap.ttf", "/Flags 4", 'B', 2, u'B'},
+    {"unicode_route_by_name", "unicode-cmap.ttf", "/Encoding /WinAnsiEncoding", 'A', 1, u'A'},
+    {"no_encoding_takes_the_codes", "unicode-cmap.ttf", "", 'B', 2, u'B'},
+    {"mac_route_for_macroman", "mac-cmap.ttf", "/Encoding /MacRomanEncoding", 'A', 1, u'A'},
+    {"mac_route_by_the_names_code", "mac-cmap.ttf", "/Encoding << /Differences [65 /B] >>", 'A', 2, u'B'},
+};
+
+INSTANTIATE_TEST_SUITE_P(Font, TrueTypeRoutes, ::testing::ValuesIn(kRoutes),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST(TrueTypeRoutes, FaceQueries) {
+    const std::string program = ReadFile(DataPath("fonts/symbol-cmap.ttf"));
+    PageSpec spec;
+    spec.extra = {"<< /Type /Font /Subtype /TrueType /BaseFont /T /FirstChar 65 /LastChar 66 /Widths [1 1] "
+                  "/FontDescriptor << /Flags 4 /FontFile2 7 0 R >> >>",
+                  StreamObj(program, "/Length1 " + std::to_string(program.size()))};
+    MemoryDoc doc(BuildPagePdf(spec));
+    const Font font(doc.Doc().GetObj(6));
+    EXPECT_EQ(font.GetFamilyName(), "TestSymbol");
+    EXPECT_EQ(font.GetAscent(), 800);
+    EXPECT_EQ(font.GetDescent(), -200);
+    int kinds = 0;
+    EXPECT_EQ(font.GetImpl()->GetCMapKinds(kinds), 1);
+    EXPECT_EQ(kinds, 2);
 }
 
 }  // namespace
