@@ -173,6 +173,11 @@ inline constexpr std::size_t kMaxInlineImageBytes = std::size_t(64) << 20;
 // Entries past the bound keep the default metrics.
 inline constexpr std::size_t kMaxCIDMetricEntries = std::size_t(1) << 17;
 
+// Fonts. Font objects under construction at once on one thread: a composite font makes its
+// descendant while it is being made, and a DescendantFonts entry that names a composite font
+// (itself, or another that names the first) would recurse without end. Real fonts nest two.
+inline constexpr int kMaxFontNesting = 4;
+
 // Bytes. An embedded font program read for FreeType, which holds it whole. The declared size
 // (Length1 and the others) only sizes the first buffer; a decompression bomb in a font file
 // would otherwise be read whole. The largest real programs (CJK fonts

@@ -8,6 +8,7 @@
 #include FT_FREETYPE_H
 
 #include "Common/Exception.h"
+#include "Common/Limits.h"
 #include "Common/UString.h"
 #include "FontSupport/Face.h"
 #include "FontSupport/FreeTypeLibrary.h"
@@ -173,6 +174,14 @@ const char* FontImpl::GetStandardFontName(Font::StandardType1Font index) {
 // --- Factory ---
 
 FontImpl* FontImpl::Create(SDF::Obj* font_dict) {
+    // A composite font makes its descendant while it is being made: a descendant that is a
+    // composite font again would recurse for ever.
+    thread_local int depth = 0;
+    LUM_CHECK(depth < Limits::kMaxFontNesting, "Fonts nested too deep");
+    struct Nesting {
+        Nesting() { ++depth; }
+        ~Nesting() { --depth; }
+    } nesting;
     // A font without Subtype fails as the dictionary read does: there is no default kind.
     SDF::Obj* subtype = font_dict->Get(SDF::e_Subtype)->second;
     const char* kind = subtype->GetName();

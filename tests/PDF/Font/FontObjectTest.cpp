@@ -162,6 +162,8 @@ const FontCase kFonts[] = {
          EXPECT_EQ(f.GetBBox(), PDF::Rect(0, 0, 10, 10));
          EXPECT_THROW(f.GetUnitsPerEm(), Common::Exception);
      }},
+    {"composite_naming_itself", "/Subtype /Type0 /BaseFont /X /Encoding /Identity-H /DescendantFonts [6 0 R]",
+     "Fonts nested too deep", nullptr},
     {"type3_without_charprocs", "/Subtype /Type3 /FirstChar 0 /LastChar 0 /Widths [1]",
      "The dictionary does not contain required key: CharProcs", nullptr},
 };
