@@ -235,6 +235,11 @@ inline constexpr std::size_t kMaxCMapValues = std::size_t(4) << 20;
 // glyphs in progress; this bounds chains through many fonts. Real fonts nest one level.
 inline constexpr int kMaxType3GlyphNesting = 8;
 
+// Levels. Type 0 fonts made inside one another: a Type 0 font makes its descendant when it is
+// made, and a hostile descendant may be a Type 0 font again, or the font itself. A real
+// descendant is a CIDFont, one level down; a deeper chain fails the font.
+inline constexpr int kMaxType0Nesting = 4;
+
 // --- Colour spaces and functions ---
 
 // Levels. Functions inside functions (stitching) and colour spaces inside colour spaces

@@ -45,12 +45,16 @@ class CIDType0Font final : public CIDFont {
 public:
     explicit CIDType0Font(SDF::Obj* font_dict) : CIDFont(font_dict) {}
     Font::Type GetType() const override { return Font::e_CIDType0; }
+    // With a face the CID itself (FreeType indexes CID-keyed programs by CID).
+    bool GetGlyphIndex(UInt32 cid, UInt32& index) override;
 };
 
 class CIDType2Font final : public CIDFont {
 public:
     explicit CIDType2Font(SDF::Obj* font_dict);
     Font::Type GetType() const override { return Font::e_CIDType2; }
+    // With a face: through CIDToGIDMap when the font has one, else the CID itself.
+    bool GetGlyphIndex(UInt32 cid, UInt32& index) override;
 
 private:
     std::vector<UInt16> m_cid_to_gid;  // empty for Identity

@@ -306,6 +306,25 @@ double FontImpl::GetSubstGlyphWidth(UInt32 value) {
 
 namespace Fnt {
 
+bool CIDType0Font::GetGlyphIndex(UInt32 cid, UInt32& index) {
+    index = 0;
+    if (!LoadFontProgram()) return false;
+    index = cid;
+    return true;
+}
+
+bool CIDType2Font::GetGlyphIndex(UInt32 cid, UInt32& index) {
+    index = 0;
+    if (!LoadFontProgram()) return false;
+    if (!m_embedded || m_cid_to_gid.empty()) {
+        index = cid;
+        return true;
+    }
+    if (cid >= m_cid_to_gid.size()) return false;
+    index = m_cid_to_gid[cid];
+    return true;
+}
+
 bool Type3Font::GetGlyphPath(UInt32, std::vector<UInt8>&, std::vector<double>&, bool,
                              const Common::Matrix2D*, bool, UInt32*) {
     NotApplicable("GetGlyphPath()", "Type3");

@@ -2,8 +2,10 @@
 // A composite font: the Encoding CMap that cuts a string into codes and turns codes into
 // CIDs, and a descendant font (a font object of its own) with the metrics by CID. Nearly
 // everything goes to the descendant.
+#include <memory>
 #include <string>
 
+#include "PDF/Font/CMap.h"
 #include "PDF/Font/FontImpl.h"
 
 namespace lum::PDF::Fnt {
@@ -56,6 +58,12 @@ public:
     const std::string& GetCollection() const { return m_collection; }
 
 private:
+    // The CMap that turns a collection's CIDs into Unicode, for a font without ToUnicode.
+    const CMap* CIDToUnicode();
+
+    std::unique_ptr<CMap> mp_encoding;        // Encoding; none when it can't be found
+    std::unique_ptr<CMap> mp_cid_to_unicode;  // the collection's -UCS2 CMap
+    bool m_cid_to_unicode_loaded = false;
     Font m_descendant;
     std::string m_collection;
     bool m_horizontal = true;
