@@ -248,18 +248,28 @@ inline constexpr int kMaxType0Nesting = 4;
 inline constexpr int kMaxColorNesting = 8;
 
 // Values. The sample table of one sampled function (the product of its Size entries times its
-// outputs). A table is read whole, at 8 bytes a value, so this keeps it at 32 MiB; a hostile
-// Size asking for 2^31 points is refused instead of read.
-inline constexpr std::uint64_t kMaxFunctionSamples = std::uint64_t(1) << 22;
+// outputs). A table is read whole, at 8 bytes a value, so this keeps it at 8 MiB and its
+// reading at a few milliseconds; a hostile Size asking for 2^31 points is refused instead of
+// read. Real tint tables (4 inputs of 16 to 17 samples, 4 outputs) hold about 300,000.
+inline constexpr std::uint64_t kMaxFunctionSamples = std::uint64_t(1) << 20;
 
-// Inputs. A sampled function with more inputs than this is read by its nearest sample instead
-// of interpolating between the 2^inputs corners around a point.
+// Inputs. A sampled function whose point lies inside a cell along more inputs than this is
+// read by its nearest sample instead of interpolating between the 2^inputs corners.
 inline constexpr int kMaxInterpolatedInputs = 8;
+
+// Functions. The parts of one stitching function. With parts shared through the document's
+// table, a tree that names one function many times costs one reading of it; this bounds the
+// width of each node of a tree of distinct functions.
+inline constexpr std::uint64_t kMaxStitchedFunctions = 256;
 
 // Tokens and values. The program of one PostScript calculator function, and its operand
 // stack (the standard's own limit is 100). The program has no loops, so its length bounds the
 // work of one evaluation.
 inline constexpr std::size_t kMaxCalculatorTokens = 65536;
 inline constexpr std::size_t kMaxCalculatorStack = 100;
+
+// Bytes. The text of one calculator program, comments and white space included: a stream of
+// blanks (or a decompression bomb of them) is refused instead of read to its end.
+inline constexpr std::size_t kMaxCalculatorBytes = std::size_t(1) << 20;
 
 }  // namespace lum::Limits

@@ -207,8 +207,12 @@ int ElementBuilderImpl::GetComponentNum() const {
     if (m_element_type == e_inline_image) return m_image_components;
     if (m_element_type != e_image) return -1;
     if (ImageFlag(mp_xobject, SDF::e_ImageMask)) return 1;
-    const ColorSpace cs(ImageEntry(mp_xobject, SDF::e_ColorSpace));
-    return cs.GetType() == ColorSpace::e_null ? -1 : cs.GetComponentNum();
+    try {
+        const ColorSpace cs(ImageEntry(mp_xobject, SDF::e_ColorSpace));
+        return cs ? cs.GetComponentNum() : -1;
+    } catch (const Common::Exception&) {
+        return -1;  // a broken colour space
+    }
 }
 
 bool ElementBuilderImpl::IsImageMask() const {

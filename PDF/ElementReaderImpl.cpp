@@ -151,14 +151,18 @@ void ElementReaderImpl::LookUpDefaultColorSpaces(ElementBuilderImpl& element) {
     for (const Default& d : kDefaults) {
         SDF::Obj* found = m_resources.GetResource(SDF::e_ColorSpace, SDF::Name(d.name));
         if (!found) continue;
-        const ColorSpace cs(found);
-        // A replacement must take the components of the family it replaces.
-        const int want = d.family == ColorSpace::e_device_rgb    ? 3
-                         : d.family == ColorSpace::e_device_cmyk ? 4
-                                                                 : 1;
-        if (cs.GetType() == ColorSpace::e_null || cs.GetComponentNum() != want) continue;
-        element.*d.slot = cs;
-        element.m_has_default_cs = true;
+        try {
+            const ColorSpace cs(found);
+            // A replacement must take the components of the family it replaces.
+            const int want = d.family == ColorSpace::e_device_rgb    ? 3
+                             : d.family == ColorSpace::e_device_cmyk ? 4
+                                                                     : 1;
+            if (!cs || cs.GetComponentNum() != want || cs.GetType() == ColorSpace::e_pattern) continue;
+            element.*d.slot = cs;
+            element.m_has_default_cs = true;
+        } catch (const Common::Exception&) {
+            // A broken default leaves the device space in place.
+        }
     }
 }
 

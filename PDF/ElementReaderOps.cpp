@@ -217,10 +217,8 @@ bool ElementReaderImpl::ProcessOperator(const char* t, size_t size) {
             e.Finish(Element::e_marked_content_end);
             return false;
         }
-        if (c1 == 'C' && t[2] == 'N') {
-            if (c0 == 'S') return OpColor(true, true);
-            if (c0 == 's') return OpColor(false, true);
-        }
+        if (c0 == 'S' && c1 == 'C' && t[2] == 'N') return OpColor(true, true);
+        if (c0 == 's' && c1 == 'c' && t[2] == 'n') return OpColor(false, true);
     }
     return true;
 }
@@ -348,12 +346,21 @@ bool ElementReaderImpl::OpPaint(bool close, bool stroke, bool fill, bool winding
 ColorSpace ElementReaderImpl::Substitute(const ColorSpace& cs) const {
     const ElementBuilderImpl& e = *mp_element;
     if (!e.m_has_default_cs) return cs;
-    switch (cs.GetType()) {
-        case ColorSpace::e_device_gray: return e.m_default_gray;
-        case ColorSpace::e_device_rgb: return e.m_default_rgb;
-        case ColorSpace::e_device_cmyk: return e.m_default_cmyk;
-        default: return cs;
-    }
+    const auto default_of = [&e](const ColorSpace& device) -> const ColorSpace* {
+        switch (device.GetType()) {
+            case ColorSpace::e_device_gray: return &e.m_default_gray;
+            case ColorSpace::e_device_rgb: return &e.m_default_rgb;
+            case ColorSpace::e_device_cmyk: return &e.m_default_cmyk;
+            default: return nullptr;
+        }
+    };
+    if (const ColorSpace* replacement = default_of(cs)) return *replacement;
+    const ColorSpace::Type type = cs.GetType();
+    if (type != ColorSpace::e_indexed && type != ColorSpace::e_pattern) return cs;
+    const ColorSpace base = cs.GetBaseColorSpace();
+    const ColorSpace* replacement = base ? default_of(base) : nullptr;
+    if (!replacement || *replacement == base) return cs;
+    return cs.WithBaseColorSpace(*replacement);
 }
 
 bool ElementReaderImpl::OpDeviceColor(bool stroke, int components) {
@@ -380,25 +387,27 @@ bool ElementReaderImpl::OpDeviceColor(bool stroke, int components) {
 bool ElementReaderImpl::OpColorSpace(bool stroke) {
     if (Argc() < 1) return true;
     SDF::Obj* operand = Arg(1, 0);
-    ColorSpace cs;
-    if (operand->IsName()) {
-        const ColorSpace::Type family = ColorSpace::FamilyOfName(operand->GetName());
-        if (family == ColorSpace::e_device_gray || family == ColorSpace::e_device_rgb ||
-            family == ColorSpace::e_device_cmyk || family == ColorSpace::e_pattern) {
-            cs = ColorSpace::FromFamily(family);
+    if (!operand->IsName() && !operand->IsArray()) return true;
+    // A space that can't be resolved or is broken skips the operator.
+    ColorSpace cs = ColorSpace::Empty();
+    try {
+        if (operand->IsName()) {
+            const ColorSpace::Type family = ColorSpace::FamilyOfName(operand->GetName());
+            if (family <= ColorSpace::e_device_cmyk || family == ColorSpace::e_pattern) {
+                cs = ColorSpace::FromFamily(family);
+            } else {
+                SDF::Obj* res = m_resources.GetColorSpace(NameArg(1, 0), false);
+                if (!res) return true;
+                cs = ColorSpace(res);
+            }
         } else {
-            SDF::Obj* res = m_resources.GetColorSpace(NameArg(1, 0), false);
-            if (!res) return true;
-            cs = ColorSpace(res);
+            cs = ColorSpace(operand);
         }
-    } else if (operand->IsArray()) {
-        // The array lives on the operand stack only: keep its family, not the object.
-        cs = ColorSpace(operand).Detached();
-    } else {
+        if (!cs) return true;
+        cs = Substitute(cs);
+    } catch (const Common::Exception&) {
         return true;
     }
-    if (cs.GetType() == ColorSpace::e_null) return true;
-    cs = Substitute(cs);
     GStateImpl& gs = mp_element->State();
     if (stroke)
         gs.SetStrokeColorSpace(cs);

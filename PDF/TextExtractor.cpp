@@ -8,7 +8,7 @@
 #include "Common/UString.h"
 #include "PDF/Text/TextEngine.h"
 #include "PDF/Text/TextExtractorImpl.h"
-#include "PDF/Color/ColorSpaceImpl.h"
+#include "PDF/Color/ColorSpaceCache.h"
 #include "PDF/GlyphBoxCache.h"
 #include "PDF/Text/GlyphMemo.h"
 #include "PDF/Text/PageCollector.h"

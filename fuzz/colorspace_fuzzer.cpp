@@ -9,7 +9,7 @@
 
 #include "Common/Exception.h"
 #include "Filters/ExtBufInputFilter.h"
-#include "PDF/Color/ColorSpaceImpl.h"
+#include "PDF/ColorSpace.h"
 #include "PDF/Color/Function.h"
 #include "SDF/DocImpl.h"
 #include "SDF/Obj.h"
@@ -25,15 +25,27 @@ constexpr size_t kObjects = 256;
 void Try(SDF::Obj* obj) {
     static const double kPoints[][4] = {{0, 0, 0, 0}, {1, 1, 1, 1}, {0.5, 0.25, 2, -1}, {255, 7.5, 0, 1}};
     try {
-        if (auto cs = PDF::Color::ColorSpaceImpl::Create(obj)) {
-            double rgb[3];
-            for (const auto& p : kPoints) cs->Convert2RGB(p, cs->GetComponentNum() > 4 ? 4 : cs->GetComponentNum(), rgb);
+        // Through the document's table, as the content reader opens spaces.
+        const PDF::ColorSpace cs(obj);
+        if (cs) {
+            PDF::ColorPt color, out;
+            for (const auto& p : kPoints) {
+                color = PDF::ColorPt(p[0], p[1], p[2], p[3], 4);
+                color.SetColorantNum(cs.GetComponentNum());
+                cs.Convert2RGB(color, out);
+                cs.Convert2Gray(color, out);
+                cs.Convert2CMYK(color, out);
+            }
+            cs.InitColor(color);
+            const UInt8 samples[2 * PDF::ColorPt::kMax] = {0, 255, 7, 128, 3};
+            UInt8 rgb[6];
+            cs.Convert2RGB(samples, rgb, 2);
         }
     } catch (const Common::Exception&) {
     }
     try {
-        auto f = PDF::Color::Function::Create(obj);
-        double out[32];
+        const PDF::Color::FunctionRef f = PDF::Color::Function::Open(obj);
+        double out[PDF::Color::Function::kMaxValues];
         for (const auto& p : kPoints) f->Eval(p, 4, out);
     } catch (const Common::Exception&) {
     }

@@ -1,48 +1,77 @@
 #pragma once
-// One implementation per colour space family, read once from the space's object, and the
-// conversion of a colour point to RGB by the family's formulas.
-#include <memory>
-#include <unordered_map>
+// The object behind a ColorSpace handle: one class per family, read once from the space's
+// object, shared by every handle of the document that names that object, and read-only once
+// made. Conversions to RGB follow the family's formulas; gray and CMYK go through RGB where a
+// family has no rule of its own.
+#include <string>
+#include <vector>
 
 #include "PDF/ColorSpace.h"
-
-namespace lum::SDF { class Obj; }
+#include "SDF/SharedResource.h"
 
 namespace lum::PDF::Color {
 
-class ColorSpaceImpl {
+class Function;
+
+class ColorSpaceImpl : public SDF::SharedResource {
 public:
-    virtual ~ColorSpaceImpl() = default;
+    // The space of `obj`, made now (not through the table). Raises for a space that is broken;
+    // null for what the classification calls e_null. `depth` counts the spaces this one stands
+    // in (an Indexed base, an alternate); spaces nest at most Limits::kMaxColorNesting deep.
+    static ColorSpaceImpl* Create(SDF::Obj* obj, int depth = 0);
+    // The process-wide device spaces and the Pattern space without base; never freed.
+    static ColorSpaceImpl* GetDevice(ColorSpace::Type family);
 
-    // The space of `obj` (a name, an array whose first entry names the family, or an ICC
-    // profile stream). Raises for a space that is broken; null for one with no implementation
-    // (e_null). `depth` counts the spaces it stands in.
-    static std::unique_ptr<ColorSpaceImpl> Create(SDF::Obj* obj, int depth = 0);
-    // The device spaces, by family.
-    static std::unique_ptr<ColorSpaceImpl> CreateDevice(ColorSpace::Type family);
-
+    // --- Operations, in their fixed order ---
+    ~ColorSpaceImpl() override;
+    virtual SDF::Obj* GetSDFObj() const { return mp_obj; }
     virtual ColorSpace::Type GetType() const = 0;
     virtual int GetComponentNum() const = 0;
-    // The range of component i, for the Indexed lookup: 0 to 1 but for Lab.
-    virtual void GetRange(int i, double& lo, double& hi) const {
-        (void)i;
-        lo = 0;
-        hi = 1;
-    }
-    // Three components in 0 to 1 (DeviceRGB's as they stand). `in` holds the components; a
-    // component past `n` counts as 0.
-    virtual void Convert2RGB(const double* in, int n, double rgb[3]) const = 0;
-};
+    virtual void InitColor(ColorPt& out) const;
+    virtual void InitComponentRanges(std::vector<double>& low, std::vector<double>& range,
+                                     int bits) const;
+    virtual void Convert2Gray(const UInt8* in, UInt8* out, size_t pixels) const;
+    virtual void Convert2Gray(const ColorPt& in, ColorPt& out) const;
+    virtual void Convert2RGB(const UInt8* in, UInt8* out, size_t pixels) const;
+    virtual void Convert2RGB(const ColorPt& in, ColorPt& out) const;
+    virtual void Convert2CMYK(const UInt8* in, UInt8* out, size_t pixels) const;
+    virtual void Convert2CMYK(const ColorPt& in, ColorPt& out) const;
+    virtual ColorSpace GetAlternateColorSpace() const;
+    virtual void SetAlternateColorSpace(const ColorSpace& cs);
+    virtual ColorSpace GetBaseColorSpace() const;
+    virtual void SetBaseColorSpace(const ColorSpace& cs);
+    virtual int GetHighVal() const;
+    virtual const UInt8* GetLookupTable() const;
+    virtual void GetBaseColor(UInt8 index, ColorPt& out) const;
+    virtual int GetBaseCompNum() const;
+    virtual const Function* GetTintFunction() const;
+    virtual bool IsAll() const;
+    virtual bool IsNone() const;
+    virtual const std::vector<std::string>& GetColorantNames() const;
+    virtual SDF::Obj* GetAttributes() const;
+    virtual SDF::Obj* GetICCProfile() const;
 
-// The spaces of one document, each read once, for the fill colour of text.
-class ColorSpaceCache {
-public:
-    // False for a Pattern, which has no colour of its own. A space that can't be read gives
-    // black.
-    bool ToRGB(const ColorSpace& space, const ColorPt& color, double rgb[3]);
+    // --- The shared core of the conversions ---
+    // RGB of the `n` components at `in` (a component past `n` counts as 0), each in 0 to 1
+    // but for DeviceRGB, whose components stand as they are.
+    virtual void ToRGB(const double* in, int n, double rgb[3]) const = 0;
+    // A copy that can be changed (SetBaseColorSpace), for the default space substitution.
+    virtual ColorSpaceImpl* Clone() const = 0;
+
+protected:
+    ColorSpaceImpl() = default;
+    ColorSpaceImpl(const ColorSpaceImpl& o) : SDF::SharedResource(), mp_obj(o.mp_obj) {}
+    // Keeps the object the space was read from, if it belongs to a document: an operand of
+    // cs lives only until the next operator.
+    void SetObj(SDF::Obj* obj);
+    // "<op>() can't be applied to this type of color space."
+    [[noreturn]] static void NotApplicable(const char* op);
 
 private:
-    std::unordered_map<const SDF::Obj*, std::unique_ptr<ColorSpaceImpl>> m_spaces;
+    SDF::Obj* mp_obj = nullptr;
 };
+
+// The component at `i` of `n` at `in`, 0 past the end.
+inline double Component(const double* in, int n, int i) { return i < n ? in[i] : 0.0; }
 
 }  // namespace lum::PDF::Color

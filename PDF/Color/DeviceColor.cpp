@@ -48,6 +48,20 @@ void CMYKToRGB(const double cmyk[4], double rgb[3]) {
     for (int ch = 0; ch < 3; ++ch) rgb[ch] = Clamp(rgb[ch]);
 }
 
+double RGBToGray(const double rgb[3]) {
+    return Clamp(0.3 * rgb[0] + 0.59 * rgb[1] + 0.11 * rgb[2]);
+}
+
+void RGBToCMYK(const double rgb[3], double cmyk[4]) {
+    const double c = 1 - Clamp(rgb[0]), m = 1 - Clamp(rgb[1]), y = 1 - Clamp(rgb[2]);
+    const double k = std::min({c, m, y});
+    const double rest = 1 - k;
+    cmyk[0] = rest > 0 ? (c - k) / rest : 0;
+    cmyk[1] = rest > 0 ? (m - k) / rest : 0;
+    cmyk[2] = rest > 0 ? (y - k) / rest : 0;
+    cmyk[3] = k;
+}
+
 unsigned char ColorByte(double component) {
     const double v = component * 255.0;
     // Beyond the range of a 64-bit integer (or not a number) there are no low bits to keep.

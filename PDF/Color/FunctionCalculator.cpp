@@ -1,6 +1,7 @@
 #include "PDF/Color/FunctionCalculator.h"
 
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -14,6 +15,15 @@
 namespace lum::PDF::Color {
 
 namespace {
+
+// The integer operators work on 64-bit values; a double beyond them (or not a number) is
+// saturated rather than converted with undefined behaviour.
+Int64 ToInt(double v) {
+    if (!(v == v)) return 0;
+    if (v >= 9.2e18) return INT64_MAX;
+    if (v <= -9.2e18) return INT64_MIN;
+    return Int64(v);
+}
 
 enum class Op : UInt8 {
     e_number, e_proc,
@@ -57,9 +67,14 @@ struct Instr {
 class Calculator final : public Function {
 public:
     explicit Calculator(SDF::Obj* stream) {
-        m_domain = ReadNumbers(stream->FindObj(SDF::e_Domain));
-        m_range = ReadNumbers(stream->FindObj(SDF::e_Range));
-        LUM_CHECK(InputCount() > 0 && OutputCount() > 0, "Calculator function without Domain or Range");
+        LUM_CHECK(stream->IsStream(), "A calculator function must be a stream");
+        m_domain = ReadNumbers(stream->FindObj(SDF::e_Domain), 2 * kMaxValues + 1);
+        m_range = ReadNumbers(stream->FindObj(SDF::e_Range), 2 * kMaxValues + 1);
+        LUM_CHECK(InputCount() > 0 && OutputCount() > 0 && InputCount() <= kMaxValues &&
+                      OutputCount() <= kMaxValues,
+                  "Calculator function needs a Domain and a Range of 1 to %d values", kMaxValues);
+        m_domain.resize(m_domain.size() / 2 * 2);
+        m_range.resize(m_range.size() / 2 * 2);
         Parse(stream);
     }
 
@@ -94,10 +109,15 @@ private:
         Filters::FilterReader reader(filter.get());
         std::vector<UInt32> open;  // indexes of procedures not yet closed
         std::string word;
+        size_t read = 0;
         int c = reader.Get();
         while (c >= 0) {
+            LUM_CHECK(++read <= Limits::kMaxCalculatorBytes, "Calculator program too long");
             if (c == '%') {
-                while (c >= 0 && c != '\n' && c != '\r') c = reader.Get();
+                while (c >= 0 && c != '\n' && c != '\r' && read <= Limits::kMaxCalculatorBytes) {
+                    c = reader.Get();
+                    ++read;
+                }
                 continue;
             }
             if (c == '{' || c == '}' || std::strchr(" \t\r\n\f", c) || c == 0) {
@@ -210,18 +230,18 @@ private:
             case Op::e_sin: st.Push(std::sin(st.Pop() * M_PI / 180.0)); break;
             case Op::e_sqrt: a = st.Pop(); st.Push(a >= 0 ? std::sqrt(a) : 0); break;
             case Op::e_sub: b = st.Pop(); a = st.Pop(); st.Push(a - b); break;
-            case Op::e_and: b = st.Pop(); a = st.Pop(); st.Push(double(Int64(a) & Int64(b))); break;
-            case Op::e_or: b = st.Pop(); a = st.Pop(); st.Push(double(Int64(a) | Int64(b))); break;
-            case Op::e_xor: b = st.Pop(); a = st.Pop(); st.Push(double(Int64(a) ^ Int64(b))); break;
+            case Op::e_and: b = st.Pop(); a = st.Pop(); st.Push(double(ToInt(a) & ToInt(b))); break;
+            case Op::e_or: b = st.Pop(); a = st.Pop(); st.Push(double(ToInt(a) | ToInt(b))); break;
+            case Op::e_xor: b = st.Pop(); a = st.Pop(); st.Push(double(ToInt(a) ^ ToInt(b))); break;
             case Op::e_not: {
                 a = st.Pop();
                 // Booleans are 1 and 0 here; for them `not` is logical.
-                st.Push(a == 0 ? 1 : a == 1 ? 0 : double(~Int64(a)));
+                st.Push(a == 0 ? 1 : a == 1 ? 0 : double(~ToInt(a)));
                 break;
             }
             case Op::e_bitshift: {
                 b = st.Pop();
-                const Int64 v = Int64(st.Pop()), s = Int64(b);
+                const Int64 v = ToInt(st.Pop()), s = ToInt(b);
                 st.Push(s >= 63 || s <= -63 ? 0 : double(s >= 0 ? (v << s) : (v >> -s)));
                 break;
             }
@@ -238,7 +258,7 @@ private:
             case Op::e_pop: st.Pop(); break;
             case Op::e_copy: {
                 const double n = st.Pop();
-                if (n < 0 || n > double(st.Size())) break;
+                if (!(n >= 0 && n <= double(st.Size()))) break;
                 const size_t k = size_t(n);
                 for (size_t i = 0; i < k; ++i) st.Push(st.At(k - 1));
                 break;
@@ -250,11 +270,11 @@ private:
             }
             case Op::e_roll: {
                 const double jd = st.Pop(), nd = st.Pop();
-                if (nd <= 0 || nd > double(st.Size())) break;
+                if (!(nd > 0 && nd <= double(st.Size())) || !std::isfinite(jd)) break;
                 const size_t n = size_t(nd);
-                Int64 j = Int64(std::fmod(jd, nd));
+                Int64 j = Int64(std::fmod(jd, double(n)));
                 if (j < 0) j += Int64(n);
-                std::vector<double> v(n);
+                double v[Limits::kMaxCalculatorStack];
                 for (size_t i = 0; i < n; ++i) v[i] = st.At(n - 1 - i);
                 for (size_t i = 0; i < n; ++i) st.At(n - 1 - (i + size_t(j)) % n) = v[i];
                 break;
@@ -268,8 +288,6 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Function> CreateCalculator(SDF::Obj* stream) {
-    return std::make_unique<Calculator>(stream);
-}
+Function* CreateCalculator(SDF::Obj* stream) { return new Calculator(stream); }
 
 }  // namespace lum::PDF::Color

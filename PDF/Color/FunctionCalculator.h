@@ -1,8 +1,6 @@
 #pragma once
 // Type 4 functions: a program in a small subset of PostScript (arithmetic, comparisons,
 // stack operators, if and ifelse; no loops).
-#include <memory>
-
 namespace lum::SDF { class Obj; }
 
 namespace lum::PDF::Color {
@@ -10,6 +8,7 @@ namespace lum::PDF::Color {
 class Function;
 
 // Reads the program of `stream`; raises when it can't be parsed or breaks a bound.
-std::unique_ptr<Function> CreateCalculator(SDF::Obj* stream);
+// The caller owns the result (no references taken yet).
+Function* CreateCalculator(SDF::Obj* stream);
 
 }  // namespace lum::PDF::Color

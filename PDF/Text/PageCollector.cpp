@@ -6,7 +6,7 @@
 
 #include "Common/Exception.h"
 #include "PDF/CharData.h"
-#include "PDF/Color/ColorSpaceImpl.h"
+#include "PDF/Color/ColorSpaceCache.h"
 #include "PDF/Color/DeviceColor.h"
 #include "PDF/ContentResources.h"
 #include "PDF/Element.h"
