@@ -1,8 +1,11 @@
 #include "PDF/ElementBuilderImpl.h"
 
+#include <cstring>
+
 #include "Common/Exception.h"
 #include "Common/Limits.h"
 #include "PDF/StructParents.h"
+#include "Filters/JPXDecode.h"
 #include "SDF/Obj.h"
 
 namespace lum::PDF {
@@ -36,6 +39,18 @@ SDF::Obj* ImageEntry(SDF::Obj* image, SDF::StaticName key) {
 bool ImageFlag(SDF::Obj* image, SDF::StaticName key) {
     SDF::Obj* v = ImageEntry(image, key);
     return v && v->IsBool() && v->GetBool();
+}
+
+// The components of a JPEG 2000 image that names no colour space: its codestream's own, read
+// from the header behind the other filters of the chain. -1 for any other image.
+int OwnJPXComponents(SDF::Obj* image) {
+    SDF::Obj* filter = ImageEntry(image, SDF::e_Filter);
+    if (filter && filter->IsArray()) filter = filter->Size() > 0 ? filter->GetAt(UInt32(filter->Size() - 1)) : nullptr;
+    if (!filter || !filter->IsName() || std::strcmp(filter->GetName(), "JPXDecode") != 0) return -1;
+    auto coded = image->GetDecodedStream(true);
+    UInt32 width = 0, height = 0;
+    int components = -1, bits = 0;
+    return coded && Filters::JPXDecode::ReadHeader(*coded, width, height, components, bits) ? components : -1;
 }
 
 }  // namespace
@@ -208,10 +223,12 @@ int ElementBuilderImpl::GetComponentNum() const {
     if (m_element_type != e_image) return -1;
     if (ImageFlag(mp_xobject, SDF::e_ImageMask)) return 1;
     try {
-        const ColorSpace cs(ImageEntry(mp_xobject, SDF::e_ColorSpace));
+        SDF::Obj* space = ImageEntry(mp_xobject, SDF::e_ColorSpace);
+        if (!space) return OwnJPXComponents(mp_xobject);
+        const ColorSpace cs(space);
         return cs ? cs.GetComponentNum() : -1;
     } catch (const Common::Exception&) {
-        return -1;  // a broken colour space
+        return -1;  // a broken colour space or stream
     }
 }
 
