@@ -5,12 +5,14 @@
 
 Pages: the first pages of the corpus files (in MANIFEST order, at most K pages a file) on which
 `mutool draw -F stext` reports at least 10 characters that are neither black nor white, until N
-pages are found. The choice is mutool's, so pages we see in black are not left out.
+pages are compared. The choice is mutool's, so pages we see in black are not left out; pages on
+which scrivex gives no words at all can't be compared and are listed apart.
 
-For each page: `scrivex -f xml --xml_output_styles --xml_words_as_elements` gives the words with
-their style colours; mutool's characters are cut into words at blanks and line ends, each word
-taking the colour most of its characters have. The two word sequences are aligned on their text
-(NFKC), and the colours of aligned words compared: agreement is every channel within 1/255.
+For each page: `scrivex -f xml --xml_output_styles --xml_words_as_elements --output_bbox` gives
+the words with their boxes and style colours; each word is matched with the characters of
+mutool whose centres lie in its box (in the middle half of its height) (mutool's frame turned into the page's: only unrotated
+pages are compared), and takes the colour most of them have. Agreement is every channel within
+1/255. Matching by place keeps words whose Unicode values differ between the two programs.
 The fill colour spaces of each page come from the developer tool `colors`, which prints every
 string's family and RGB; a disagreement is put down to the families that give our colour on
 that page.
@@ -20,13 +22,11 @@ colors (default build/release).
 """
 import argparse
 import collections
-import difflib
 import os
 import re
 import subprocess
 import sys
 import tempfile
-import unicodedata
 import xml.etree.ElementTree as ET
 
 MIN_COLOURED = 10
@@ -59,12 +59,9 @@ def manifest(corpus):
     return rows
 
 
-def norm(text):
-    return unicodedata.normalize("NFKC", text).strip()
-
-
-def mutool_words(path, page, pw, timeout):
-    """Words of a page as mutool sees them: (text, '#rrggbb')."""
+def mutool_chars(path, page, pw, timeout):
+    """Characters of a page as mutool sees them: (x, y) of the quad's centre in mutool's frame
+    (y down from the crop box's top), '#rrggbb'. None when the page isn't there."""
     cmd = ["mutool", "draw", "-F", "stext", "-o", "-"]
     if pw:
         cmd += ["-p", pw]
@@ -75,34 +72,35 @@ def mutool_words(path, page, pw, timeout):
         root = ET.fromstring(out)
     except ET.ParseError:
         return None
-    words = []
-    for line in root.iter("line"):
-        text, colours = "", []
-
-        def flush():
-            if text.strip():
-                words.append((norm(text), collections.Counter(colours).most_common(1)[0][0]))
-
-        for ch in line.iter("char"):
-            c = ch.get("c", "")
-            if c.isspace() or c == "":
-                flush()
-                text, colours = "", []
-                continue
-            text += c
-            colours.append(ch.get("color", "#000000").lower())
-        flush()
-    return words
+    pg = root.find("page")
+    if pg is None or pg.get("id") != "page%d" % page:
+        return None  # mutool falls back to another page
+    chars = []
+    for ch in pg.iter("char"):
+        c = ch.get("c", "")
+        if not c or c.isspace():
+            continue
+        q = [float(v) for v in ch.get("quad", "").split()]
+        if len(q) != 8:
+            continue
+        chars.append(((q[0] + q[2] + q[4] + q[6]) / 4, (q[1] + q[3] + q[5] + q[7]) / 4,
+                      ch.get("color", "#000000").lower()))
+    return chars
 
 
-def coloured(words):
-    return sum(1 for _, c in words if c not in ("#000000", "#ffffff"))
+def coloured(chars):
+    return sum(1 for _, _, c in chars if c not in ("#000000", "#ffffff"))
+
+
+def numbers(text):
+    return [float(v) for v in text.replace(",", " ").split()]
 
 
 def our_words(args, path, page, pw, tmp):
+    """(box in the page frame, '#rrggbb') of each word, and the crop box and rotation."""
     for name in os.listdir(tmp):
         os.unlink(os.path.join(tmp, name))
-    cmd = [os.path.join(args.bin, "scrivex"), "-f", "xml", "--xml_output_styles",
+    cmd = [os.path.join(args.bin, "scrivex"), "-f", "xml", "--xml_output_styles", "--output_bbox",
            "--xml_words_as_elements", "-a", str(page), "--verb", "0", "--noprompt", "-o", tmp]
     if pw:
         cmd += ["-p", pw]
@@ -118,15 +116,42 @@ def our_words(args, path, page, pw, tmp):
         root = ET.fromstring(data)
     except ET.ParseError:
         return None
+    crop = numbers(root.get("crop_box", "0, 0, 0, 0"))
     words = []
     colour_re = re.compile(r"color: #([0-9A-Fa-f]{6});")
     for line in root.iter("Line"):
         line_style = line.get("style", "")
         for w in line.iter("Word"):
             m = colour_re.search(w.get("style", line_style))
-            if m and (w.text or "").strip():
-                words.append((norm(w.text), "#" + m.group(1).lower()))
-    return words
+            box = numbers(w.get("box", ""))
+            if m and len(box) == 4:
+                words.append((box, "#" + m.group(1).lower()))
+    return words, crop, root.get("rotate", "0")
+
+
+def match(words, crop, chars):
+    """Pairs (our colour, mutool's colour) of the words that cover some of mutool's characters."""
+    top = crop[1] + crop[3]
+    rows = collections.defaultdict(list)
+    for mx, my, c in chars:
+        x, y = mx + crop[0], top - my
+        rows[int(y // 8)].append((x, y, c))
+    pairs = []
+    for (x, y, w, h), ours in words:
+        if w < 0:
+            x, w = x + w, -w
+        if h < 0:
+            y, h = y + h, -h
+        votes = collections.Counter()
+        for r in range(int((y - 1) // 8), int((y + h + 1) // 8) + 1):
+            for cx, cy, c in rows.get(r, ()):
+                # The middle half of the word's height: lines set tight overlap at their
+                # ascenders and descenders.
+                if x - 1 <= cx <= x + w + 1 and y + h / 4 <= cy <= y + 3 * h / 4:
+                    votes[c] += 1
+        if votes:
+            pairs.append((ours, votes.most_common(1)[0][0]))
+    return pairs
 
 
 def families_by_colour(args, path, page, pw):
@@ -160,6 +185,7 @@ def main():
     by_family = collections.Counter()
     examples = collections.defaultdict(list)
     differ = collections.Counter()
+    no_words = []
     pages = 0
     with tempfile.TemporaryDirectory() as tmp:
         for path, pw in manifest(args.corpus):
@@ -169,41 +195,44 @@ def main():
             for page in range(1, 4):
                 if pages >= args.pages or taken >= args.per_file:
                     break
-                theirs = mutool_words(path, page, pw, args.timeout)
+                theirs = mutool_chars(path, page, pw, args.timeout)
                 if not theirs or coloured(theirs) < MIN_COLOURED:
                     continue
-                ours = our_words(args, path, page, pw, tmp) or []
+                got = our_words(args, path, page, pw, tmp)
+                if got and got[2] != "0":
+                    continue  # turned pages: the frames aren't compared
+                words = got[0] if got else []
+                if not words:
+                    # Nothing to compare: the page gave no words (a failure of the text road,
+                    # not of colour). Counted and reported, and the search goes on.
+                    no_words.append("%s p%d" % (os.path.relpath(path, args.corpus), page))
+                    continue
                 fams = families_by_colour(args, path, page, pw)
-                sm = difflib.SequenceMatcher(None, [w for w, _ in ours], [w for w, _ in theirs],
-                                             autojunk=False)
                 matched = agree = 0
-                for a, b, size in sm.get_matching_blocks():
-                    for k in range(size):
-                        ours_c, theirs_c = ours[a + k][1], theirs[b + k][1]
-                        matched += 1
-                        fam = "/".join(sorted(fams.get(ours_c, {"?"})))
-                        totals["words"] += 1
-                        if close(ours_c, theirs_c):
-                            agree += 1
-                            totals["agree"] += 1
-                            by_family[(fam, "agree")] += 1
-                        else:
-                            by_family[(fam, "differ")] += 1
-                            key = (fam, ours_c, theirs_c)
-                            differ[key] += 1
-                            if len(examples[key]) < 3:
-                                examples[key].append("%s p%d %r" % (os.path.relpath(path, args.corpus),
-                                                                     page, ours[a + k][0]))
+                for ours_c, theirs_c in match(words, got[1] if got else [0, 0, 0, 0], theirs):
+                    matched += 1
+                    fam = "/".join(sorted(fams.get(ours_c, {"?"})))
+                    totals["words"] += 1
+                    if close(ours_c, theirs_c):
+                        agree += 1
+                        totals["agree"] += 1
+                        by_family[(fam, "agree")] += 1
+                    else:
+                        by_family[(fam, "differ")] += 1
+                        key = (fam, ours_c, theirs_c)
+                        differ[key] += 1
+                        if len(examples[key]) < 3:
+                            examples[key].append("%s p%d" % (os.path.relpath(path, args.corpus), page))
                 pages += 1
                 taken += 1
                 rel = os.path.relpath(path, args.corpus)
-                print("%-60s p%-3d ours=%-5d mutool=%-5d matched=%-5d agree=%-5d %s" %
-                      (rel[-60:], page, len(ours), len(theirs), matched, agree,
+                print("%-60s p%-3d words=%-5d chars=%-5d matched=%-5d agree=%-5d %s" %
+                      (rel[-60:], page, len(words), len(theirs), matched, agree,
                        " ".join(sorted({f for s in fams.values() for f in s}))))
                 sys.stdout.flush()
 
     print()
-    print("By family of our colour (words matched by text):")
+    print("By family of our colour (words matched by place):")
     fam_names = sorted({f for f, _ in by_family})
     for f in fam_names:
         a, d = by_family[(f, "agree")], by_family[(f, "differ")]
@@ -213,6 +242,10 @@ def main():
     for key, n in differ.most_common():
         print("  %s ours %s mutool %s: %d words, e.g. %s" % (key[0], key[1], key[2], n,
                                                            "; ".join(examples[key])))
+    print()
+    print("Pages with coloured text that gave no words (%d), passed over:" % len(no_words))
+    for p in no_words:
+        print("  " + p)
     print()
     w = totals["words"]
     print("pages %d, words matched %d, colours agreeing within 1/255: %d (%.1f%%)" %
