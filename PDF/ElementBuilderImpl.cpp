@@ -4,8 +4,8 @@
 
 #include "Common/Exception.h"
 #include "Common/Limits.h"
-#include "PDF/StructParents.h"
 #include "Filters/JPXDecode.h"
+#include "PDF/StructParents.h"
 #include "SDF/Obj.h"
 
 namespace lum::PDF {

@@ -1,13 +1,13 @@
 #include "PDF/Color/FunctionCalculator.h"
 
 #include <cmath>
-#include <cstdint>
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "Common/Exception.h"
 #include "Common/Limits.h"
+#include "Common/NumberConversions.h"
 #include "Filters/FilterReader.h"
 #include "PDF/Color/Function.h"
 #include "SDF/Obj.h"
@@ -16,14 +16,8 @@ namespace lum::PDF::Color {
 
 namespace {
 
-// The integer operators work on 64-bit values; a double beyond them (or not a number) is
-// saturated rather than converted with undefined behaviour.
-Int64 ToInt(double v) {
-    if (!(v == v)) return 0;
-    if (v >= 9.2e18) return INT64_MAX;
-    if (v <= -9.2e18) return INT64_MIN;
-    return Int64(v);
-}
+// The integer operators work on 64-bit values, saturated (a double beyond them is no UB).
+Int64 Int(double v) { return Common::TruncateSaturated(v); }
 
 enum class Op : UInt8 {
     e_number, e_proc,
@@ -230,18 +224,18 @@ private:
             case Op::e_sin: st.Push(std::sin(st.Pop() * M_PI / 180.0)); break;
             case Op::e_sqrt: a = st.Pop(); st.Push(a >= 0 ? std::sqrt(a) : 0); break;
             case Op::e_sub: b = st.Pop(); a = st.Pop(); st.Push(a - b); break;
-            case Op::e_and: b = st.Pop(); a = st.Pop(); st.Push(double(ToInt(a) & ToInt(b))); break;
-            case Op::e_or: b = st.Pop(); a = st.Pop(); st.Push(double(ToInt(a) | ToInt(b))); break;
-            case Op::e_xor: b = st.Pop(); a = st.Pop(); st.Push(double(ToInt(a) ^ ToInt(b))); break;
+            case Op::e_and: b = st.Pop(); a = st.Pop(); st.Push(double(Int(a) & Int(b))); break;
+            case Op::e_or: b = st.Pop(); a = st.Pop(); st.Push(double(Int(a) | Int(b))); break;
+            case Op::e_xor: b = st.Pop(); a = st.Pop(); st.Push(double(Int(a) ^ Int(b))); break;
             case Op::e_not: {
                 a = st.Pop();
                 // Booleans are 1 and 0 here; for them `not` is logical.
-                st.Push(a == 0 ? 1 : a == 1 ? 0 : double(~ToInt(a)));
+                st.Push(a == 0 ? 1 : a == 1 ? 0 : double(~Int(a)));
                 break;
             }
             case Op::e_bitshift: {
                 b = st.Pop();
-                const Int64 v = ToInt(st.Pop()), s = ToInt(b);
+                const Int64 v = Int(st.Pop()), s = Int(b);
                 st.Push(s >= 63 || s <= -63 ? 0 : double(s >= 0 ? (v << s) : (v >> -s)));
                 break;
             }

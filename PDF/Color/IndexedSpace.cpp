@@ -36,9 +36,8 @@ Indexed::Indexed(SDF::Obj* arr, int depth) {
     } else {
         LUM_FAIL("Indexed needs a string or stream for its lookup table");
     }
-    if (int(m_lookup.size()) < lookup_sz)
-        throw Common::Exception("(int)lookup->Size()>=lookup_sz", __LINE__, __FILE__, LUM_FUNCTION,
-                                "Indexed lookup table shorter than hival asks", 0);
+    LUM_CHECK_AS(int(m_lookup.size()) >= lookup_sz, "(int)lookup->Size()>=lookup_sz",
+                 "Indexed lookup table shorter than hival asks");
     ReadRanges();
 }
 
