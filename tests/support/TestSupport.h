@@ -46,4 +46,8 @@ RunResult Run(const std::string& program, const std::vector<std::string>& args,
 RunResult RunScrivex(const std::vector<std::string>& args, const std::filesystem::path& cwd = {},
                      const std::string& input = {}, int timeout_seconds = 60);
 
+// Runs `program` under prlimit with 2 GiB of address space (none in a sanitized build, which
+// reserves terabytes) and `seconds`, stretched for the slower sanitized build.
+RunResult RunLimited(const std::string& program, std::vector<std::string> args, int seconds);
+
 }  // namespace lum::test

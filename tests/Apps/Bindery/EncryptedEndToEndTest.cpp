@@ -26,24 +26,6 @@ using lum::test::TempDir;
 namespace {
 
 const char kQpdf[] = "/usr/bin/qpdf";
-const char kPrlimit[] = "/usr/bin/prlimit";
-
-#if defined(__SANITIZE_ADDRESS__)
-#define LUM_E2E_ASAN 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define LUM_E2E_ASAN 1
-#endif
-#endif
-
-#ifdef LUM_E2E_ASAN
-// AddressSanitizer reserves terabytes of address space and runs several times slower.
-constexpr bool kLimitMemory = false;
-constexpr int kSlowdown = 4;
-#else
-constexpr bool kLimitMemory = true;
-constexpr int kSlowdown = 1;
-#endif
 
 struct Cipher {
     const char* name;
@@ -323,15 +305,6 @@ const std::map<std::string, KnownFailure> kKnownFailures = {
     {"pdfium/bug_424613308.pdf", {"Doc root not found", "catalog without Pages"}},
 };
 
-RunResult RunLimited(std::vector<std::string> args, int seconds) {
-    args.insert(args.begin(), LUM_SCRIVEX_BIN);
-    if (kLimitMemory)
-        args.insert(args.begin(), {"--as=2147483648", "--"});
-    else
-        args.insert(args.begin(), "--");
-    return Run(kPrlimit, args, {}, {}, seconds * kSlowdown);
-}
-
 TEST(EncryptedEndToEnd, CorpusFilesOpenWithTheirKnownPasswords) {
     const auto corpus = lum::test::CorpusDir();
     if (!corpus) GTEST_SKIP() << "the shared corpus is not present";
@@ -344,7 +317,7 @@ TEST(EncryptedEndToEnd, CorpusFilesOpenWithTheirKnownPasswords) {
         std::vector<std::string> args = {"--pageinfo", "--noprompt", "--verb", "2"};
         if (e.has_password) args.insert(args.end(), {"-p", AsTyped(e)});
         args.push_back(path.string());
-        const RunResult r = RunLimited(args, 20);
+        const RunResult r = lum::test::RunLimited(LUM_SCRIVEX_BIN, args, 20);
         ASSERT_FALSE(r.timed_out);
         ASSERT_EQ(0, r.status) << r.err;
         const auto failure = kKnownFailures.find(e.file);

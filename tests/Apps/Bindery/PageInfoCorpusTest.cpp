@@ -20,7 +20,6 @@
 #include "support/TestSupport.h"
 
 namespace fs = std::filesystem;
-using lum::test::Run;
 using lum::test::RunResult;
 
 namespace {
@@ -33,33 +32,7 @@ struct Geometry {
 
 using PageMap = std::map<int, Geometry>;
 
-#if defined(__SANITIZE_ADDRESS__)
-#define LUM_TEST_ASAN 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define LUM_TEST_ASAN 1
-#endif
-#endif
-
 const char kPrlimit[] = "/usr/bin/prlimit";
-#ifdef LUM_TEST_ASAN
-// AddressSanitizer reserves terabytes of address space, so an address-space limit would stop
-// every run; a sanitized build is also several times slower.
-constexpr bool kLimitMemory = false;
-constexpr int kSlowdown = 4;
-#else
-constexpr bool kLimitMemory = true;
-constexpr int kSlowdown = 1;
-#endif
-
-RunResult RunLimited(const std::string& program, std::vector<std::string> args, int seconds) {
-    args.insert(args.begin(), program);
-    if (kLimitMemory)
-        args.insert(args.begin(), {"--as=2147483648", "--"});
-    else
-        args.insert(args.begin(), "--");
-    return Run(kPrlimit, args, {}, {}, seconds * kSlowdown);
-}
 
 std::vector<std::string> CorpusFiles(const fs::path& corpus) {
     std::ifstream in(corpus / "MANIFEST.tsv");
@@ -224,14 +197,14 @@ TEST(PageInfoCorpus, AgreesWithAnotherReader) {
             paths.insert((*corpus / files[i]).string());
             args.push_back((*corpus / files[i]).string());
         }
-        RunResult r = RunLimited(LUM_SCRIVEX_BIN, args, 10 * static_cast<int>(paths.size()));
+        RunResult r = lum::test::RunLimited(LUM_SCRIVEX_BIN, args, 10 * static_cast<int>(paths.size()));
         if (r.status == 0 && !r.timed_out) {
             ReadOurs(r.out, paths, ours);
             continue;
         }
         for (const auto& path : paths) {
             RunResult one =
-                RunLimited(LUM_SCRIVEX_BIN, {"--pageinfo", "--verb", "2", "--noprompt", path}, 10);
+                lum::test::RunLimited(LUM_SCRIVEX_BIN, {"--pageinfo", "--verb", "2", "--noprompt", path}, 10);
             if (one.timed_out || one.status >= 128)
                 crashes.push_back(path + (one.timed_out ? " (hang)" : " (crash)"));
             ReadOurs(one.out, {path}, ours);
@@ -243,7 +216,7 @@ TEST(PageInfoCorpus, AgreesWithAnotherReader) {
     for (const auto& file : files) {
         const std::string path = (*corpus / file).string();
         RunResult info =
-            RunLimited("/usr/bin/pdfinfo", {"-box", "-f", "1", "-l", "99999", path}, 20);
+            lum::test::RunLimited("/usr/bin/pdfinfo", {"-box", "-f", "1", "-l", "99999", path}, 20);
         if (info.status != 0 || info.timed_out) continue;  // pdfinfo doesn't read it
         const OurDocument& doc = ours[path];
         if (!doc.refusal.empty()) {
