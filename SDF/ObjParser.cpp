@@ -26,6 +26,10 @@ bool ObjParser::ContainerOperator(const char* word) {
     if (word[0] != 'R' || word[1] != 0) return false;
     const size_t size = m_operand_stack.size();
     LUM_CHECK_AS(size >= 2, "stack_size>=2", "Reference expects two arguments");
+    // "7 0 R 0 R": the number of a reference would be read by loading its target through this
+    // very parser, in the middle of the object it is parsing, so such operands are refused.
+    LUM_CHECK_AS(!m_operand_stack[size - 1]->IsIndirect() && !m_operand_stack[size - 2]->IsIndirect(),
+                 "stack_size>=2", "Reference expects two arguments");
     // The generation is read and ignored: a reference never checks generations.
     const UInt32 num = ToObjNum(m_operand_stack[size - 2]);
     m_operand_stack[size - 1]->GetNumber();
@@ -66,7 +70,9 @@ void ObjParser::GetObj(Indirect& entry) {
     while (Parser::GetObj()) {
     }
     if (!StartsWith(GetToken(), "obj")) LUM_FAIL("Object header not found");
-    LUM_CHECK(m_operand_stack.size() == 2, "Operator obj expects two arguments");
+    LUM_CHECK(m_operand_stack.size() == 2 && !m_operand_stack[0]->IsIndirect() &&
+                  !m_operand_stack[1]->IsIndirect(),
+              "Operator obj expects two arguments");
     // The header's numbers are not compared with the entry: an entry that points at another
     // object's header gives that object, decrypted with that header's numbers.
     m_obj_num = ToObjNum(m_operand_stack[0]);
