@@ -70,9 +70,9 @@ void ObjParser::GetObj(Indirect& entry) {
     while (Parser::GetObj()) {
     }
     if (!StartsWith(GetToken(), "obj")) LUM_FAIL("Object header not found");
-    LUM_CHECK(m_operand_stack.size() == 2 && !m_operand_stack[0]->IsIndirect() &&
-                  !m_operand_stack[1]->IsIndirect(),
-              "Operator obj expects two arguments");
+    LUM_CHECK_AS(m_operand_stack.size() == 2 && !m_operand_stack[0]->IsIndirect() &&
+                     !m_operand_stack[1]->IsIndirect(),
+                 "m_operand_stack.size() == 2", "Operator obj expects two arguments");
     // The header's numbers are not compared with the entry: an entry that points at another
     // object's header gives that object, decrypted with that header's numbers.
     m_obj_num = ToObjNum(m_operand_stack[0]);
