@@ -168,10 +168,11 @@ inline constexpr std::size_t kMaxInlineImageBytes = std::size_t(64) << 20;
 
 // --- Fonts ---
 
-// Entries. CIDs given a width (W) or vertical metrics (W2) by one composite font. A range
-// "0 4000000000 500" would otherwise enter four billion CIDs; real fonts name at most 65,536.
-// Entries past the bound keep the default metrics.
-inline constexpr std::size_t kMaxCIDMetricEntries = std::size_t(1) << 17;
+// Entries. Metrics held from the W or the W2 array of one composite font: a value of a list
+// counts one, a group one more. Ranges are not expanded (a range "0 4000000000 500" costs two),
+// so only the array's own length grows the table; a full font of 65,536 CIDs written as one
+// group per CID needs 131,072. Groups past the bound keep the default metrics.
+inline constexpr std::size_t kMaxCIDMetricEntries = std::size_t(1) << 19;
 
 // Fonts. Font objects under construction at once on one thread: a composite font makes its
 // descendant while it is being made, and a DescendantFonts entry that names a composite font

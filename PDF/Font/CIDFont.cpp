@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 #include "Common/Exception.h"
 #include "Common/Limits.h"
@@ -39,26 +40,33 @@ CIDFont::CIDFont(SDF::Obj* font_dict) : FontImpl(font_dict) {
     ReadVerticalMetrics();
 }
 
+// W and W2 are read in one pass each, a group at a time: a list (CID, then an array of
+// metrics) or a range (first CID, last CID, metrics). An element that a group needs and the
+// array doesn't have fails the read, and with it the font.
 void CIDFont::ReadWidths() {
     SDF::Obj* w = mp_font_dict->FindObj(SDF::e_W);
-    if (!w || !w->IsArray()) return;
-    const UInt64 n = w->Size();
-    for (UInt64 i = 0; i + 1 < n;) {
-        SDF::Obj* second = w->GetAt(UInt32(i + 1));
-        if (!second->IsNumber()) {
-            UInt32 cid = CidOf(w->GetAt(UInt32(i)));
-            const UInt64 count = second->Size();
-            for (UInt32 k = 0; k < count && m_widths.size() < Limits::kMaxCIDMetricEntries; ++k)
-                m_widths.emplace(cid++, IntOf(second->GetAt(k)));
-            i += 2;
-        } else {
-            const UInt32 first = CidOf(w->GetAt(UInt32(i))), last = CidOf(second);
-            const Int32 width = IntOf(w->GetAt(UInt32(i + 2)));
-            for (UInt64 cid = first; cid <= last && m_widths.size() < Limits::kMaxCIDMetricEntries; ++cid)
-                m_widths.emplace(UInt32(cid), width);
-            i += 3;
+    if (w && w->IsArray()) {
+        const UInt64 n = w->Size();
+        std::vector<Int32> list;
+        for (UInt64 i = 0; i < n && m_widths.Size() < Limits::kMaxCIDMetricEntries;) {
+            const UInt32 cid = CidOf(w->GetAt(UInt32(i)));
+            SDF::Obj* second = w->GetAt(UInt32(i + 1));
+            if (!second->IsNumber()) {
+                const UInt64 count =
+                    std::min<UInt64>(second->Size(), Limits::kMaxCIDMetricEntries - m_widths.Size());
+                list.clear();
+                for (UInt32 k = 0; k < count; ++k) list.push_back(IntOf(second->GetAt(k)));
+                m_widths.AddList(cid, list.data(), list.size());
+                i += 2;
+            } else {
+                m_widths.AddRange(cid, CidOf(second), IntOf(w->GetAt(UInt32(i + 2))));
+                i += 3;
+            }
         }
     }
+    m_widths.Finish();
+    m_widths.ForEachAnswer([this](Int32 width) { m_max_width = std::max(m_max_width, width); });
+    m_has_charset = mp_font_dict->FindObj("_CharSet") != nullptr;
 }
 
 void CIDFont::ReadVerticalMetrics() {
@@ -68,45 +76,62 @@ void CIDFont::ReadVerticalMetrics() {
         m_default_w1y = IntOf(dw2->GetAt(1));
     }
     SDF::Obj* w2 = mp_font_dict->FindObj(SDF::e_W2);
-    if (!w2 || !w2->IsArray()) return;
-    const UInt64 n = w2->Size();
-    for (UInt64 i = 0; i + 1 < n;) {
-        SDF::Obj* second = w2->GetAt(UInt32(i + 1));
-        if (!second->IsNumber()) {
-            UInt32 cid = CidOf(w2->GetAt(UInt32(i)));
-            const UInt64 count = second->Size();
-            for (UInt32 k = 0; k + 3 <= count && m_vertical.size() < Limits::kMaxCIDMetricEntries; k += 3)
-                m_vertical.emplace(cid++, VerticalMetrics{IntOf(second->GetAt(k)), IntOf(second->GetAt(k + 1)),
-                                                          IntOf(second->GetAt(k + 2))});
-            i += 2;
-        } else {
-            const UInt32 first = CidOf(w2->GetAt(UInt32(i))), last = CidOf(second);
-            const VerticalMetrics m{IntOf(w2->GetAt(UInt32(i + 2))), IntOf(w2->GetAt(UInt32(i + 3))),
-                                    IntOf(w2->GetAt(UInt32(i + 4)))};
-            for (UInt64 cid = first; cid <= last && m_vertical.size() < Limits::kMaxCIDMetricEntries; ++cid)
-                m_vertical.emplace(UInt32(cid), m);
-            i += 5;
+    if (w2 && w2->IsArray()) {
+        const UInt64 n = w2->Size();
+        std::vector<VerticalMetrics> list;
+        for (UInt64 i = 0; i < n && m_vertical.Size() < Limits::kMaxCIDMetricEntries;) {
+            const UInt32 cid = CidOf(w2->GetAt(UInt32(i)));
+            SDF::Obj* second = w2->GetAt(UInt32(i + 1));
+            if (!second->IsNumber()) {
+                // Whole triples only: a last one cut short is dropped.
+                const UInt64 count = std::min<UInt64>(second->Size() / 3,
+                                                      Limits::kMaxCIDMetricEntries - m_vertical.Size());
+                list.clear();
+                for (UInt32 k = 0; k < count; ++k)
+                    list.push_back({IntOf(second->GetAt(3 * k)), IntOf(second->GetAt(3 * k + 1)),
+                                    IntOf(second->GetAt(3 * k + 2))});
+                m_vertical.AddList(cid, list.data(), list.size());
+                i += 2;
+            } else {
+                const VerticalMetrics m{IntOf(w2->GetAt(UInt32(i + 2))), IntOf(w2->GetAt(UInt32(i + 3))),
+                                        IntOf(w2->GetAt(UInt32(i + 4)))};
+                m_vertical.AddRange(cid, CidOf(second), m);
+                i += 5;
+            }
         }
     }
+    m_vertical.Finish();
 }
 
 double CIDFont::GetWidth(UInt32 cid) {
-    auto it = m_widths.find(cid);
-    return it != m_widths.end() ? it->second : m_default_width;
+    if (const Int32* w = m_widths.Find(cid)) return *w;
+    if (m_has_charset) return AddSubstituteWidth(cid);
+    return m_default_width;
 }
 
-double CIDFont::GetMaxWidth() {
-    Int32 best = 0;
-    for (const auto& [cid, w] : m_widths) best = std::max(best, w);
-    return best;
+double CIDFont::AddSubstituteWidth(UInt32 cid) {
+    std::lock_guard<std::recursive_mutex> lock(m_font_mutex);
+    if (auto it = m_added_widths.find(cid); it != m_added_widths.end()) return it->second;
+    if (m_added_widths.size() >= Limits::kMaxCIDMetricEntries) return m_default_width;
+    const double measured = GetSubstGlyphWidth(cid);
+    const Int32 width = Int32(std::clamp(measured, -2147483648.0, 2147483647.0));
+    m_added_widths.emplace(cid, width);
+    SDF::Obj* w = mp_font_dict->FindObj(SDF::e_W);
+    if (!w || !w->IsArray()) w = mp_font_dict->PutArray(SDF::e_W);
+    auto* one = new SDF::Array();
+    one->PushBack(new SDF::Number(width));
+    w->PushBack(new SDF::Number(cid));
+    w->PushBack(one);
+    return width;
 }
+
+double CIDFont::GetMaxWidth() { return m_max_width; }
 
 double CIDFont::GetVerticalAdvance(UInt32 cid, double& vx, double& vy) {
-    auto it = m_vertical.find(cid);
-    if (it != m_vertical.end()) {
-        vx = it->second.vx;
-        vy = it->second.vy;
-        return it->second.w1;
+    if (const VerticalMetrics* m = m_vertical.Find(cid)) {
+        vx = m->vx;
+        vy = m->vy;
+        return m->w1;
     }
     vx = double(Int32(GetWidth(cid)) / 2);
     vy = m_default_vy;

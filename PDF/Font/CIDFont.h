@@ -3,16 +3,13 @@
 // turns them into CIDs first.
 #include <map>
 
+#include "PDF/Font/CIDMetrics.h"
 #include "PDF/Font/FontImpl.h"
 
 namespace lum::PDF::Fnt {
 
 class CIDFont : public FontImpl {
 public:
-    struct VerticalMetrics {
-        Int32 w1, vx, vy;
-    };
-
     bool IsSimple() const override { return false; }
     bool IsHorizontalMode() override { return m_horizontal; }
     void SetHMode(bool horizontal) override { m_horizontal = horizontal; }
@@ -32,13 +29,20 @@ protected:
     Int32 m_default_width = 1000;
     Int32 m_default_w1y = -1000;
     Int32 m_default_vy = 880;
-    std::map<UInt32, Int32> m_widths;
-    std::map<UInt32, VerticalMetrics> m_vertical;
+    CIDRunTable<Int32> m_widths;              // W
+    CIDRunTable<VerticalMetrics> m_vertical;  // W2
+    Int32 m_max_width = 0;
     bool m_horizontal = true;
 
 private:
     void ReadWidths();
     void ReadVerticalMetrics();
+    // A font of ours that names a _CharSet measures a CID that W lacks in its substitute, and
+    // keeps the width, in the dictionary's W as well.
+    double AddSubstituteWidth(UInt32 cid);
+
+    bool m_has_charset = false;
+    std::map<UInt32, Int32> m_added_widths;  // under the font mutex
 };
 
 class CIDType0Font final : public CIDFont {
