@@ -1,11 +1,18 @@
 // CMaps: parsing the largest predefined CMap from its unpacked text and by name through the
-// resource file (LZMA unpacking included), and lookups of codes in a parsed CMap.
+// resource file (LZMA unpacking included), lookups of codes in a parsed CMap, and a page of
+// 200 composite fonts on one predefined CMap read through the content reader (each font
+// parses its own copy of the CMap).
 #include <benchmark/benchmark.h>
 
+#include <cstdio>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "Filters/ExtBufInputFilter.h"
 #include "Filters/FilterReader.h"
+#include "PDF/ElementReader.h"
+#include "PDF/PDFDoc.h"
 #include "PDF/Ferrox.h"
 #include "PDF/FerroxResources.h"
 #include "PDF/Font/CMap.h"
@@ -61,6 +68,16 @@ void BM_CreateLargestByName(benchmark::State& state) {
 }
 BENCHMARK(BM_CreateLargestByName)->Unit(benchmark::kMillisecond);
 
+// The two CMaps a font on UniJIS-UCS2-H parses: its Encoding, and the collection's CID to
+// Unicode map when it has no ToUnicode.
+void BM_CreateByName(benchmark::State& state, const char* cmap) {
+    PDF::Ferrox::Initialize();
+    SDF::Name name(cmap);
+    for (auto _ : state) benchmark::DoNotOptimize(PDF::Fnt::CMap::Create(&name));
+}
+BENCHMARK_CAPTURE(BM_CreateByName, UniJIS_UCS2_H, "UniJIS-UCS2-H")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_CreateByName, Adobe_Japan1_UCS2, "Adobe-Japan1-UCS2")->Unit(benchmark::kMillisecond);
+
 void BM_MapToCIDBytes(benchmark::State& state) {
     SDF::Name name("UniJIS-UCS2-H");
     auto cmap = PDF::Fnt::CMap::Create(&name);
@@ -81,6 +98,63 @@ void BM_MapToCIDBytes(benchmark::State& state) {
     state.SetItemsProcessed(int64_t(state.iterations()) * int64_t(text.size() / 2));
 }
 BENCHMARK(BM_MapToCIDBytes);
+
+// A one-page document: object i + 1 is objects[i].
+std::string BuildPdf(const std::vector<std::string>& objects) {
+    std::string out = "%PDF-1.7\n", rows;
+    for (size_t i = 0; i < objects.size(); ++i) {
+        char row[32];
+        std::snprintf(row, sizeof row, "%010zu 00000 n\r\n", out.size());
+        rows += row;
+        out += std::to_string(i + 1) + " 0 obj\n" + objects[i] + "\nendobj\n";
+    }
+    const size_t xref = out.size();
+    out += "xref\n0 " + std::to_string(objects.size() + 1) + "\n0000000000 65535 f\r\n" + rows;
+    out += "trailer\n<< /Size " + std::to_string(objects.size() + 1) + " /Root 1 0 R >>\nstartxref\n" +
+           std::to_string(xref) + "\n%%EOF\n";
+    return out;
+}
+
+std::string TwoHundredFontsPdf(const char* cmap) {
+    constexpr int kFonts = 200;
+    std::string resources, content = "BT";
+    std::vector<std::string> objects = {
+        "<< /Type /Catalog /Pages 2 0 R >>", "<< /Type /Pages /Kids [3 0 R] /Count 1 >>", "", "",
+        "<< /Type /FontDescriptor /FontName /J /Flags 4 /Ascent 880 /Descent -120 >>"};
+    for (int i = 0; i < kFonts; ++i) {
+        const std::string n = std::to_string(objects.size() + 1);
+        objects.push_back("<< /Type /Font /Subtype /Type0 /BaseFont /J /Encoding /" + std::string(cmap) +
+                          " /DescendantFonts [" + std::to_string(objects.size() + 2) + " 0 R] >>");
+        objects.push_back("<< /Type /Font /Subtype /CIDFontType0 /BaseFont /J /CIDSystemInfo << "
+                          "/Registry (Adobe) /Ordering (Japan1) /Supplement 6 >> /FontDescriptor 5 0 R >>");
+        resources += " /F" + std::to_string(i) + " " + n + " 0 R";
+        content += " /F" + std::to_string(i) + " 10 Tf 0 -12 Td <30424E00FF21> Tj";
+    }
+    content += " ET";
+    objects[2] = "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Resources << /Font <<" + resources +
+                 " >> >> /Contents 4 0 R >>";
+    objects[3] = "<< /Length " + std::to_string(content.size()) + " >>\nstream\n" + content + "\nendstream";
+    return BuildPdf(objects);
+}
+
+// Opening the document and reading the page, Unicode of every string included.
+void BM_PageOf200Type0Fonts(benchmark::State& state) {
+    PDF::Ferrox::Initialize();
+    const std::string pdf = TwoHundredFontsPdf("UniJIS-UCS2-H");
+    size_t units = 0;
+    for (auto _ : state) {
+        PDF::PDFDoc doc(std::make_unique<Filters::ExtBufInputFilter>(
+            reinterpret_cast<const UInt8*>(pdf.data()), pdf.size()));
+        PDF::ElementReader reader;
+        reader.Begin(*doc.GetPageIterator(1));
+        while (PDF::Element* e = reader.Next())
+            if (e->GetType() == PDF::Element::e_text) units += size_t(e->GetTextString().GetLength());
+        reader.End();
+    }
+    benchmark::DoNotOptimize(units);
+    state.SetLabel("UniJIS-UCS2-H, 200 fonts, 600 characters");
+}
+BENCHMARK(BM_PageOf200Type0Fonts)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

@@ -52,8 +52,9 @@ void CMapStm::Finish() {
     // Sorted by code; of several entries for one code the last one made stands, as a store
     // into an ordered map would leave it.
     auto settle = [](std::vector<Entry>& v) {
-        std::stable_sort(v.begin(), v.end(),
-                         [](const Entry& a, const Entry& b) { return a.code < b.code; });
+        auto by_code = [](const Entry& a, const Entry& b) { return a.code < b.code; };
+        // Predefined CMaps list their codes in order: most tables need no sort.
+        if (!std::is_sorted(v.begin(), v.end(), by_code)) std::stable_sort(v.begin(), v.end(), by_code);
         size_t out = 0;
         for (size_t i = 0; i < v.size(); ++i) {
             if (i + 1 < v.size() && v[i + 1].code == v[i].code) continue;

@@ -28,7 +28,9 @@ using SDF::Obj;
 
 class CMapStmParser : public SDF::Parser {
 public:
-    CMapStmParser(Filters::Filter* stream, CMapStm& cmap) : Parser(nullptr, stream), m_cmap(cmap) {}
+    CMapStmParser(Filters::Filter* stream, CMapStm& cmap) : Parser(nullptr, stream), m_cmap(cmap) {
+        m_ops.reserve(4096);
+    }
 
     void ParseCMap();
 
@@ -54,6 +56,9 @@ private:
     bool ReadBlock(const char* end_word);
     // One value of a block: false at a word, whose text stays in m_word.
     bool ReadBlockValue(std::vector<Operand>& out, bool in_array);
+    // The common values of a block (a hex string of digit pairs, a whole number) when they lie
+    // whole in the reader's window, read in one pass; false leaves the reader where it was.
+    bool ReadWindowValue(std::vector<Operand>& out);
     void ReadHexString();
     void ReadWord();
     void SkipWhite();
@@ -77,19 +82,39 @@ private:
     CMapStm& m_cmap;
     std::vector<Operand> m_ops;
     std::vector<Operand> m_items;
-    std::vector<UInt8> m_arena;
+    // The bytes of a block's strings. It only grows, so that a string of a few bytes costs
+    // no allocation and no clearing.
+    struct Arena {
+        std::vector<UInt8> buffer;
+        size_t size = 0;
+        UInt8* Grow(size_t n) {
+            if (buffer.size() - size < n) buffer.resize(std::max(2 * buffer.size(), size + n + 4096));
+            UInt8* p = buffer.data() + size;
+            size += n;
+            return p;
+        }
+        const UInt8* At(UInt32 offset) const { return buffer.data() + offset; }
+    } m_arena;
     std::string m_word;
     std::vector<UInt32> m_units;
 };
 
 namespace {
 
-int HexDigit(int c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
+struct HexTable {
+    signed char value[256];
+    constexpr HexTable() : value() {
+        for (int c = 0; c < 256; ++c)
+            value[c] = c >= '0' && c <= '9'   ? char(c - '0')
+                       : c >= 'a' && c <= 'f' ? char(c - 'a' + 10)
+                       : c >= 'A' && c <= 'F' ? char(c - 'A' + 10)
+                                              : char(-1);
+    }
+};
+constexpr HexTable kHex;
+
+// The value of a hex digit, -1 for any other byte (and for -1, the end of the data).
+inline int HexDigit(int c) { return c >= 0 && c < 256 ? kHex.value[c] : -1; }
 
 }  // namespace
 
@@ -103,11 +128,11 @@ void CMapStmParser::ReadHexString() {
         while (e - p >= 2) {
             const int hi = HexDigit(p[0]), lo = HexDigit(p[1]);
             if ((hi | lo) < 0) break;
-            m_arena.push_back(UInt8(hi * 16 + lo));
+            *m_arena.Grow(1) = UInt8(hi * 16 + lo);
             p += 2;
         }
         in.Skip(size_t(p - in.WindowBegin()));
-        if (m_arena.size() > Limits::kMaxTokenBytes) [[unlikely]]
+        if (m_arena.size > Limits::kMaxTokenBytes) [[unlikely]]
             LUM_FAIL("Token exceeds the maximum length");
         SkipWhiteSpaceAndComments();
         int c = in.Get();
@@ -118,9 +143,9 @@ void CMapStmParser::ReadHexString() {
         c = in.Get();
         const int lo = HexDigit(c);
         if (lo >= 0) {
-            m_arena.push_back(UInt8(hi * 16 + lo));
+            *m_arena.Grow(1) = UInt8(hi * 16 + lo);
         } else if (c == '>') {
-            m_arena.push_back(UInt8(hi * 16));  // an odd last digit is a high nibble
+            *m_arena.Grow(1) = UInt8(hi * 16);  // an odd last digit is a high nibble
             break;
         } else {
             LUM_FAIL("Bad String");
@@ -165,9 +190,9 @@ bool CMapStmParser::ReadOtherValue(std::vector<Operand>& out) {
     }
     Obj* value = m_operand_stack.back();
     if (value->IsString()) {
-        const UInt32 offset = UInt32(m_arena.size());
-        const UInt8* b = value->GetBuffer();
-        m_arena.insert(m_arena.end(), b, b + value->Size());
+        const UInt32 offset = UInt32(m_arena.size);
+        const size_t n = size_t(value->Size());
+        if (n > 0) std::memcpy(m_arena.Grow(n), value->GetBuffer(), n);
         out.push_back({Operand::e_string, offset, UInt32(value->Size()), 0});
     } else if (value->IsNumber()) {
         out.push_back({Operand::e_number, 0, 0, value->GetNumber()});
@@ -178,7 +203,41 @@ bool CMapStmParser::ReadOtherValue(std::vector<Operand>& out) {
     return true;
 }
 
+bool CMapStmParser::ReadWindowValue(std::vector<Operand>& out) {
+    Filters::FilterReader& in = GetReader();
+    const UInt8* b = in.WindowBegin();
+    const UInt8* e = b + in.WindowSize();
+    const UInt8* p = b;
+    while (p < e && IsWhite(*p)) ++p;
+    if (e - p < 2) return false;
+    if (p[0] == '<' && HexDigit(p[1]) >= 0) {
+        const UInt8* q = p + 1;
+        while (e - q >= 2 && (HexDigit(q[0]) | HexDigit(q[1])) >= 0) q += 2;
+        if (q == e || *q != '>') return false;
+        const size_t n = size_t(q - p - 1) / 2;
+        if (n > Limits::kMaxTokenBytes) return false;
+        const UInt32 offset = UInt32(m_arena.size);
+        UInt8* dst = m_arena.Grow(n);
+        for (const UInt8* d = p + 1; d < q; d += 2) *dst++ = UInt8(HexDigit(d[0]) * 16 + HexDigit(d[1]));
+        in.Skip(size_t(q + 1 - b));
+        out.push_back({Operand::e_string, offset, UInt32(n), 0});
+        return true;
+    }
+    if (p[0] >= '0' && p[0] <= '9') {
+        // Whole numbers of up to 15 digits, ended by white space or a delimiter.
+        const UInt8* q = p;
+        double v = 0;
+        while (q < e && *q >= '0' && *q <= '9' && q - p < 15) v = v * 10 + (*q++ - '0');
+        if (q == e || !IsWordEnd(*q)) return false;
+        in.Skip(size_t(q - b));
+        out.push_back({Operand::e_number, 0, 0, v});
+        return true;
+    }
+    return false;
+}
+
 bool CMapStmParser::ReadBlockValue(std::vector<Operand>& out, bool in_array) {
+    if (ReadWindowValue(out)) return true;
     SkipWhite();
     Filters::FilterReader& in = GetReader();
     const int c = in.Peek();
@@ -190,9 +249,9 @@ bool CMapStmParser::ReadBlockValue(std::vector<Operand>& out, bool in_array) {
         const UInt8* w = in.WindowBegin();
         const bool dict = in.WindowSize() >= 2 ? w[1] == '<' : false;
         if (!dict && in.WindowSize() >= 2) {
-            const UInt32 offset = UInt32(m_arena.size());
+            const UInt32 offset = UInt32(m_arena.size);
             ReadHexString();
-            out.push_back({Operand::e_string, offset, UInt32(m_arena.size() - offset), 0});
+            out.push_back({Operand::e_string, offset, UInt32(m_arena.size - offset), 0});
             return true;
         }
         return ReadOtherValue(out);
@@ -227,7 +286,7 @@ bool CMapStmParser::ReadBlockValue(std::vector<Operand>& out, bool in_array) {
 bool CMapStmParser::ReadBlock(const char* end_word) {
     m_ops.clear();
     m_items.clear();
-    m_arena.clear();
+    m_arena.size = 0;
     while (ReadBlockValue(m_ops, false)) {
         if (m_ops.size() >= Limits::kMaxOperandStack) [[unlikely]]
             LUM_FAIL("Operand stack exceeds its limit");
@@ -240,7 +299,7 @@ int CMapStmParser::CodeOf(const Operand& str, UInt32& code) const {
     LUM_CHECK(str.kind == Operand::e_string, "Invalid CMap: string expected");
     const UInt64 code_len_idx = UInt64(str.size) - 1;  // an empty string wraps around
     LUM_CHECK(code_len_idx<4, "Invalid CMap: invalid code size");
-    const UInt8* b = m_arena.data() + str.offset;
+    const UInt8* b = m_arena.At(str.offset);
     code = 0;
     for (UInt32 i = 0; i < str.size; ++i) code = (code << 8) | b[i];
     return static_cast<int>(str.size);
@@ -251,7 +310,7 @@ void CMapStmParser::UnitsOf(const Operand& str) {
     const UInt64 size = str.size;
     const UInt64 uni_num = (size + 1) / 2;
     LUM_CHECK(uni_num > 0, "Bad CMap");
-    const UInt8* b = m_arena.data() + str.offset;
+    const UInt8* b = m_arena.At(str.offset);
     const UInt64 kept = std::min<UInt64>(uni_num, Limits::kMaxCMapValueUnits);
     m_units.resize(kept);
     for (UInt64 k = 0; k < kept; ++k) {
