@@ -37,7 +37,8 @@ public:
 private:
     // An operand of a mapping block. Blocks are the bulk of a CMap (tens of thousands of
     // strings in a predefined one), so they are read without making objects: strings and
-    // array items live in one reused byte arena.
+    // array items live in one reused byte arena. Operands are made in place (emplace_back):
+    // a copy built on the stack and passed on stalls on the narrow stores that wrote it.
     struct Operand {
         enum Kind : UInt8 { e_string, e_number, e_array, e_other } kind;
         UInt32 offset;  // string: into m_arena; array: first item in m_items
@@ -56,9 +57,10 @@ private:
     bool ReadBlock(const char* end_word);
     // One value of a block: false at a word, whose text stays in m_word.
     bool ReadBlockValue(std::vector<Operand>& out, bool in_array);
-    // The common values of a block (a hex string of digit pairs, a whole number) when they lie
-    // whole in the reader's window, read in one pass; false leaves the reader where it was.
-    bool ReadWindowValue(std::vector<Operand>& out);
+    // The common values of a block (hex strings of digit pairs, whole numbers) that lie whole
+    // in the reader's window, read in one pass up to the first that doesn't: the number read.
+    // The reader stays behind the last of them.
+    size_t ReadWindowValues(std::vector<Operand>& out);
     void ReadHexString();
     void ReadWord();
     void SkipWhite();
@@ -193,51 +195,56 @@ bool CMapStmParser::ReadOtherValue(std::vector<Operand>& out) {
         const UInt32 offset = UInt32(m_arena.size);
         const size_t n = size_t(value->Size());
         if (n > 0) std::memcpy(m_arena.Grow(n), value->GetBuffer(), n);
-        out.push_back({Operand::e_string, offset, UInt32(value->Size()), 0});
+        out.emplace_back(Operand::e_string, offset, UInt32(value->Size()), 0.0);
     } else if (value->IsNumber()) {
-        out.push_back({Operand::e_number, 0, 0, value->GetNumber()});
+        out.emplace_back(Operand::e_number, 0u, 0u, value->GetNumber());
     } else {
-        out.push_back({Operand::e_other, 0, 0, 0});
+        out.emplace_back(Operand::e_other, 0u, 0u, 0.0);
     }
     PopObj();
     return true;
 }
 
-bool CMapStmParser::ReadWindowValue(std::vector<Operand>& out) {
+size_t CMapStmParser::ReadWindowValues(std::vector<Operand>& out) {
     Filters::FilterReader& in = GetReader();
     const UInt8* b = in.WindowBegin();
     const UInt8* e = b + in.WindowSize();
-    const UInt8* p = b;
-    while (p < e && IsWhite(*p)) ++p;
-    if (e - p < 2) return false;
-    if (p[0] == '<' && HexDigit(p[1]) >= 0) {
-        const UInt8* q = p + 1;
-        while (e - q >= 2 && (HexDigit(q[0]) | HexDigit(q[1])) >= 0) q += 2;
-        if (q == e || *q != '>') return false;
-        const size_t n = size_t(q - p - 1) / 2;
-        if (n > Limits::kMaxTokenBytes) return false;
-        const UInt32 offset = UInt32(m_arena.size);
-        UInt8* dst = m_arena.Grow(n);
-        for (const UInt8* d = p + 1; d < q; d += 2) *dst++ = UInt8(HexDigit(d[0]) * 16 + HexDigit(d[1]));
-        in.Skip(size_t(q + 1 - b));
-        out.push_back({Operand::e_string, offset, UInt32(n), 0});
-        return true;
+    const UInt8* done = b;  // the end of the last value read
+    size_t count = 0;
+    for (;;) {
+        const UInt8* p = done;
+        while (p < e && IsWhite(*p)) ++p;
+        if (e - p < 2) break;
+        if (p[0] == '<' && HexDigit(p[1]) >= 0) {
+            const UInt8* q = p + 1;
+            while (e - q >= 2 && (HexDigit(q[0]) | HexDigit(q[1])) >= 0) q += 2;
+            if (q == e || *q != '>') break;
+            const size_t n = size_t(q - p - 1) / 2;
+            if (m_arena.size + n > Limits::kMaxTokenBytes) break;  // the slow road raises
+            const UInt32 offset = UInt32(m_arena.size);
+            UInt8* dst = m_arena.Grow(n);
+            for (const UInt8* d = p + 1; d < q; d += 2) *dst++ = UInt8(HexDigit(d[0]) * 16 + HexDigit(d[1]));
+            out.emplace_back(Operand::e_string, offset, UInt32(n), 0.0);
+            done = q + 1;
+        } else if (p[0] >= '0' && p[0] <= '9') {
+            // Whole numbers of up to 15 digits, ended by white space or a delimiter.
+            const UInt8* q = p;
+            double v = 0;
+            while (q < e && *q >= '0' && *q <= '9' && q - p < 15) v = v * 10 + (*q++ - '0');
+            if (q == e || !IsWordEnd(*q)) break;
+            out.emplace_back(Operand::e_number, 0u, 0u, v);
+            done = q;
+        } else {
+            break;
+        }
+        ++count;
     }
-    if (p[0] >= '0' && p[0] <= '9') {
-        // Whole numbers of up to 15 digits, ended by white space or a delimiter.
-        const UInt8* q = p;
-        double v = 0;
-        while (q < e && *q >= '0' && *q <= '9' && q - p < 15) v = v * 10 + (*q++ - '0');
-        if (q == e || !IsWordEnd(*q)) return false;
-        in.Skip(size_t(q - b));
-        out.push_back({Operand::e_number, 0, 0, v});
-        return true;
-    }
-    return false;
+    if (count > 0) in.Skip(size_t(done - b));
+    return count;
 }
 
 bool CMapStmParser::ReadBlockValue(std::vector<Operand>& out, bool in_array) {
-    if (ReadWindowValue(out)) return true;
+    if (ReadWindowValues(out) > 0) return true;
     SkipWhite();
     Filters::FilterReader& in = GetReader();
     const int c = in.Peek();
@@ -251,14 +258,14 @@ bool CMapStmParser::ReadBlockValue(std::vector<Operand>& out, bool in_array) {
         if (!dict && in.WindowSize() >= 2) {
             const UInt32 offset = UInt32(m_arena.size);
             ReadHexString();
-            out.push_back({Operand::e_string, offset, UInt32(m_arena.size - offset), 0});
+            out.emplace_back(Operand::e_string, offset, UInt32(m_arena.size - offset), 0.0);
             return true;
         }
         return ReadOtherValue(out);
     }
     if ((c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.') {
         ReadWord();
-        out.push_back({Operand::e_number, 0, 0, SDF::ParseNumberToken(m_word.data(), m_word.size())});
+        out.emplace_back(Operand::e_number, 0u, 0u, SDF::ParseNumberToken(m_word.data(), m_word.size()));
         return true;
     }
     if (c == '[' && !in_array) {
@@ -270,7 +277,7 @@ bool CMapStmParser::ReadBlockValue(std::vector<Operand>& out, bool in_array) {
                 LUM_FAIL("Operand stack exceeds its limit");
         }
         if (m_word == "]") {
-            out.push_back({Operand::e_array, first, UInt32(m_items.size() - first), 0});
+            out.emplace_back(Operand::e_array, first, UInt32(m_items.size() - first), 0.0);
             return true;
         }
         return false;
