@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -285,6 +286,37 @@ TEST(CMapStm, HostileStreamsEndInBoundedTimeAndMemory) {
     auto looped = CMap::Create(ref);
     ASSERT_TRUE(looped);
     EXPECT_EQ(Units(*looped, 5), std::vector<UInt16>{0xFFFD});
+
+    // A chain of 100 streams, each the UseCMap of the one before: cut at the nesting bound,
+    // with the mappings of the levels above the cut kept.
+    std::vector<lum::SDF::Indirect*> chain;
+    for (int i = 0; i < 100; ++i) {
+        char text[64];
+        const int n = std::snprintf(text, sizeof text, "1 begincidchar <%02X> %d endcidchar", i, i + 1);
+        chain.push_back(pool.NewRef(new lum::SDF::FileStream(new lum::SDF::Dict(),
+                                                             std::vector<UInt8>(text, text + n))));
+    }
+    for (int i = 0; i + 1 < 100; ++i) chain[i]->PutIndirect("UseCMap", chain[i + 1]);
+    const auto start = std::chrono::steady_clock::now();
+    auto chained = CMap::Create(chain[0]);
+    ASSERT_TRUE(chained);
+    EXPECT_EQ(chained->MapToCID(0x00), 1u);
+    EXPECT_EQ(chained->MapToCID(0x05), 6u);
+    EXPECT_EQ(chained->MapToCID(0x63), 0u);  // past the cut
+
+    // Ranges over 2^31 codes and a destination that runs past 0xFFFF cost two entries each.
+    auto wide = Parse("1 begincidrange <00000000> <7FFFFFFF> 5 endcidrange");
+    auto past = Parse("1 beginbfrange <0000> <FFFF> <FFFF> endbfrange");
+    ASSERT_TRUE(wide && past);
+    EXPECT_EQ(static_cast<CMapStm&>(*wide).GetEntryCount(), 2u);
+    EXPECT_EQ(static_cast<CMapStm&>(*past).GetEntryCount(), 2u);
+    const UInt8 last[] = {0x7F, 0xFF, 0xFF, 0xFF};
+    UInt32 code = 0, cid = 0;
+    EXPECT_EQ(wide->MapToCID(last, 4, code, cid), 4);
+    EXPECT_EQ(cid, 5u + 0x7FFFFFFFu);
+    EXPECT_EQ(Units(*past, 0x0000), std::vector<UInt16>{0xFFFF});
+    EXPECT_EQ(Units(*past, 0x0002), std::vector<UInt16>{0x0001});  // the last unit wraps in 16 bits
+    EXPECT_LT(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(), 1.0);
 
     // A destination of 10,000 units keeps the first ones.
     std::string text = "1 beginbfchar <01> <";
