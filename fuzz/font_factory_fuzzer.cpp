@@ -63,12 +63,12 @@ std::string FontPdf(const std::string& font_body, const std::string& descendant)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const bool started = (PDF::Ferrox::Initialize(), true);
     (void)started;
-    std::string body(reinterpret_cast<const char*>(data), size), descendant;
+    std::string body(reinterpret_cast<const char*>(data), size), descendant_body;
     if (const size_t at = body.find("\n%descendant\n"); at != std::string::npos) {
-        descendant = body.substr(at + 13);
+        descendant_body = body.substr(at + 13);
         body.resize(at);
     }
-    const std::string pdf = FontPdf(body, descendant);
+    const std::string pdf = FontPdf(body, descendant_body);
     try {
         PDF::PDFDoc doc(std::make_unique<Filters::ExtBufInputFilter>(
             reinterpret_cast<const UInt8*>(pdf.data()), pdf.size()));

@@ -40,7 +40,9 @@ private:
     // array items live in one reused byte arena. Operands are made in place (emplace_back):
     // a copy built on the stack and passed on stalls on the narrow stores that wrote it.
     struct Operand {
-        enum Kind : UInt8 { e_string, e_number, e_array, e_other } kind;
+        enum Kind : UInt8 { e_string, e_number, e_array, e_other };
+        Operand(Kind k, UInt32 o, UInt32 s, double n) : kind(k), offset(o), size(s), number(n) {}
+        Kind kind;
         UInt32 offset;  // string: into m_arena; array: first item in m_items
         UInt32 size;    // string: bytes; array: items
         double number;
