@@ -14,8 +14,9 @@ mutool whose centres lie in its box (in the middle half of its height) (mutool's
 pages are compared), and takes the colour most of them have. Agreement is every channel within
 1/255. Matching by place keeps words whose Unicode values differ between the two programs.
 The fill colour spaces of each page come from the developer tool `colors`, which prints every
-string's family and RGB; a disagreement is put down to the families that give our colour on
-that page.
+string's family, RGB and rendering mode; a disagreement is put down to the families that give
+our colour on that page, marked "[stroked]" for text painted only by its outline (mutool then
+reports the stroke colour, our style the fill colour).
 
 Prints one line per page, the disagreements by family, and the totals. DIR holds scrivex and
 colors (default build/release).
@@ -30,6 +31,9 @@ import tempfile
 import xml.etree.ElementTree as ET
 
 MIN_COLOURED = 10
+# Text painted without a fill: our style gives the fill colour all the same, mutool gives the
+# colour of the outline (or, for clip-only text, what it last had).
+STROKE_ONLY = {"Tr1": "[stroked]", "Tr5": "[stroked]", "Tr7": "[clip only]"}
 
 
 def run(cmd, timeout):
@@ -163,8 +167,11 @@ def families_by_colour(args, path, page, pw):
     fams = collections.defaultdict(set)
     for line in out.decode("utf-8", "replace").splitlines():
         parts = line.split("\t")
-        if len(parts) >= 4 and parts[3].startswith("#"):
-            fams[parts[3].lower()].add(parts[1])
+        if len(parts) >= 5 and parts[3].startswith("#"):
+            fam = parts[1]
+            if parts[4] in STROKE_ONLY:
+                fam += " " + STROKE_ONLY[parts[4]]
+            fams[parts[3].lower()].add(fam)
     return fams
 
 

@@ -1,10 +1,11 @@
 // colors: the fill colour of every string that chosen pages show, as the text engine takes it:
 // one line per text element with the page, the fill space's family (and the space it goes
-// through), its components, the RGB bytes of the style (or "pattern"), and the string's text.
+// through), its components, the RGB bytes of the style (or "pattern"), the text rendering
+// mode, and the string's text.
 //
 //   colors [--pages LIST] [--password PW] [--summary] FILE...
 //
-// Lines are tab-separated: page, family, components, colour, text (UTF-8, tabs and newlines
+// Lines are tab-separated: page, family, components, colour, mode, text (UTF-8, tabs and newlines
 // as blanks). With --summary one line per page counts the strings of each family and the
 // strings that aren't black. Exit status: 0 when every file opened, 1 otherwise, 2 for a
 // usage error.
@@ -91,7 +92,8 @@ void PrintString(PDF::Element& e, Int32 page, PDF::Color::ColorSpaceCache& cache
     std::string text = e.GetTextString().ConvertToUtf8();
     for (char& ch : text)
         if (ch == '\t' || ch == '\n' || ch == '\r') ch = ' ';
-    std::printf("%d\t%s\t%s\t%s\t%s\n", page, family.c_str(), components.c_str(), colour, text.c_str());
+    std::printf("%d\t%s\t%s\t%s\tTr%d\t%s\n", page, family.c_str(), components.c_str(), colour,
+                int(gs.GetTextRenderMode()), text.c_str());
 }
 
 void Walk(PDF::ElementReader& reader, Int32 page, PDF::Color::ColorSpaceCache& cache,
