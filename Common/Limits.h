@@ -204,6 +204,13 @@ inline constexpr std::uint32_t kMaxPageGlyphs = std::uint32_t(1) << 20;
 // round would cost rounds times blocks; real pages settle in two or three rounds.
 inline constexpr int kMaxReflowPasses = 64;
 
+// Comparisons. Box tests of the hidden-text switch on one page: each run looks through the
+// images drawn after it, and each glyph of a covered run through the images from the cover on,
+// so a page of n runs and n tiny images costs n squared. Past the bound the remaining runs
+// are kept whole (nothing is lost); 64 Mi tests take well under a tenth of a second, and a
+// real page with a scanned image and its text needs a few thousand.
+inline constexpr std::uint64_t kMaxOccluderTests = std::uint64_t(1) << 26;
+
 // --- Fonts, CMaps and the resource file ---
 
 // Bytes. Dictionary of an LZMA stream (the `_lumLZMA` filter), which liblzma allocates whole

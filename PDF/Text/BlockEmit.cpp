@@ -20,11 +20,6 @@ constexpr double kBreakGapMirror = 0.75;
 // Quads whose edges and boxes agree this closely with the page axes are axis-aligned.
 constexpr double kAxisTolerance = 0.001;
 
-bool Inside(const Rect& inner, const Rect& outer) {
-    return outer.x1 <= inner.x1 && inner.x2 <= outer.x2 && outer.y1 <= inner.y1 &&
-           inner.y2 <= outer.y2;
-}
-
 // Whether a word ends between p (left) and q (right) on one line.
 bool IsWordBreak(const TRun& p, const TRun& q, bool mirror_mode) {
     const WordFrag& p_last = p.Frag(p.FragCount() - 1);
@@ -70,16 +65,8 @@ void TRun::Emit(EmitContext& ctx) {
 
     // Hidden text: the first image drawn later that covers the whole run, and from there on
     // every image may hide a glyph.
-    size_t cover = ctx.occluders.size();
-    if (ctx.remove_hidden) {
-        for (size_t k = 0; k < ctx.occluders.size(); ++k) {
-            const Occluder& o = ctx.occluders[k];
-            if (o.order > m_order && !o.not_opaque && Inside(m_box, o.box)) {
-                cover = k;
-                break;
-            }
-        }
-    }
+    const size_t cover =
+        ctx.remove_hidden ? ctx.occluders.FindCover(m_order, m_box) : ctx.occluders.Size();
 
     const Rect extent = ctx.extents ? ctx.extents->FontExtent(mp_font) : Rect();
     const bool common_height = !ApproxEqual(extent.y2 - extent.y1, 0);
@@ -91,12 +78,7 @@ void TRun::Emit(EmitContext& ctx) {
         for (UInt32 gi = 0; gi < f.count; ++gi) {
             const GlyphRecord& g = arena.Glyph(f, gi);
             Rect box = BoxAround(g.page_quad);
-            if (cover < ctx.occluders.size()) {
-                bool hidden = false;
-                for (size_t k = cover; k < ctx.occluders.size() && !hidden; ++k)
-                    hidden = Inside(box, ctx.occluders[k].box);
-                if (hidden) continue;
-            }
+            if (cover < ctx.occluders.Size() && ctx.occluders.Hides(cover, box)) continue;
             Quad quad = g.page_quad;
             if (common_height) {
                 // Every glyph of the font gets the font's height: an x as tall as an l. The

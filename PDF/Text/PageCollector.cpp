@@ -345,7 +345,7 @@ void PageCollector::RecordOccluder(Element& e) {
         SDF::Obj* mask = e.GetMask();
         not_opaque = mask && (mask->IsStream() || mask->IsArray());
     }
-    m_engine.Occluders().push_back({m_element_counter, r, not_opaque});
+    m_engine.Occluders().Add({m_element_counter, r, not_opaque});
 }
 
 }  // namespace lum::PDF

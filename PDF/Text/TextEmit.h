@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "Common/Types.h"
+#include "PDF/Text/Occluder.h"
 #include "PDF/Text/TextGeometry.h"
 
 namespace lum::SDF { class Obj; }
@@ -12,13 +13,6 @@ namespace lum::PDF {
 
 class TextExtractorImpl;
 struct Flow;
-
-// An image on the page that may cover text drawn before it.
-struct Occluder {
-    Int64 order = 0;  // the element counter at the image
-    Rect box;         // page frame
-    bool not_opaque = false;
-};
 
 // The union of the boxes of all glyphs with an outline of a font, in glyph units; a zero box
 // when the font has none. Glyphs of a font are written with this common height.
@@ -30,7 +24,7 @@ public:
 
 struct EmitContext {
     TextExtractorImpl& store;
-    const std::vector<Occluder>& occluders;
+    OccluderSet& occluders;
     FontExtents* extents = nullptr;  // none: glyphs keep their own boxes
     bool mirror_mode = false;
     bool remove_hidden = false;

@@ -26,7 +26,7 @@ public:
 
     TextCapture& Capture() { return m_capture; }
     LayoutBuilder& Builder() { return m_builder; }
-    std::vector<Occluder>& Occluders() { return m_occluders; }
+    OccluderSet& Occluders() { return m_occluders; }
 
     // The end of the page: layout, flows, and the flows written into `store`. The blocks are
     // gone afterwards; the store keeps the page.
@@ -38,7 +38,7 @@ private:
     LayoutBuilder m_builder;
     TextCapture m_capture;
     std::vector<Flow> m_flows;
-    std::vector<Occluder> m_occluders;
+    OccluderSet m_occluders;
     UInt32 m_flags = 0;
     bool m_mirror_mode = false;
 };

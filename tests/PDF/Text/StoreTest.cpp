@@ -93,8 +93,8 @@ TEST(TextStore, HiddenGlyphsLeaveEmptyLines) {
     for (const bool remove : {false, true}) {
         TextFeeder f(remove ? lum::UInt32(PDF::e_remove_hidden_text) : 0);
         f.Show("up", 0, 0, Turned(0, 1, -1, 0, 300, 100)).Show("kept", 100, 700);
-        f.engine.Occluders().push_back({10, PDF::Rect(90, -310, 120, -280), false});
-        f.engine.Occluders().push_back({11, PDF::Rect(290, 90, 320, 130), false});
+        f.engine.Occluders().Add({10, PDF::Rect(90, -310, 120, -280), false});
+        f.engine.Occluders().Add({11, PDF::Rect(290, 90, 320, 130), false});
         f.Finish();
         auto line = PDF::FirstLine(f.store);
         if (line.IsRotated() == false) line = line.GetNextLine();
