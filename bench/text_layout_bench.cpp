@@ -7,46 +7,13 @@
 #include <string>
 #include <vector>
 
-#include "PDF/Text/TextEngine.h"
-#include "PDF/Text/TextExtractorImpl.h"
+#include "TextPages.h"
 
 namespace {
 
 using namespace lum;
 using namespace lum::PDF;
-
-// One element of `n` glyphs from (x, y) of size `size`, as the page walk hands it over.
-void Element(TextEngine& engine, const Rect& clip, Int64 order, const Unicode* units, int n,
-             double x, double y, double size) {
-    CaptureElement el;
-    SetElementFrames(Common::Matrix2D(), size, el);
-    el.glyph = Common::Matrix2D(size / 1000, 0, 0, -size / 1000, 0, 0);
-    el.order = order;
-    el.clip = &clip;
-    TextCapture& cap = engine.Capture();
-    cap.BeginElement(el);
-    for (int i = 0; i < n; ++i) {
-        CaptureChar c;
-        c.x = x + i * 0.5 * size;
-        c.y = y;
-        c.has_outline = units[i] != ' ';
-        c.glyph_box = c.has_outline ? Rect(0, -700, 500, 200) : Rect();
-        c.advance_box = Rect(c.x, y - 0.2 * size, c.x + 0.5 * size, y + 0.7 * size);
-        c.units = units + i;
-        c.unit_count = 1;
-        c.last = i + 1 == n;
-        cap.AddChar(c);
-    }
-    cap.EndElement();
-}
-
-struct Page {
-    struct Run {
-        std::u16string text;
-        double x, y, size;
-    };
-    std::vector<Run> runs;
-};
+using namespace lum::bench;
 
 Page Scattered(int n) {
     std::mt19937 rng(11);
@@ -73,23 +40,6 @@ Page Book(int lines, int columns) {
         }
     }
     return p;
-}
-
-void Run(benchmark::State& state, const Page& page) {
-    TextEngine engine;
-    TextExtractorImpl store;
-    const Rect clip(-1e6, -1e6, 1e6, 1e6);
-    for (auto _ : state) {
-        engine.Reset(0, false, 0);
-        store.Reset(0);
-        Int64 order = 0;
-        for (const Page::Run& r : page.runs)
-            Element(engine, clip, ++order, reinterpret_cast<const Unicode*>(r.text.data()),
-                    int(r.text.size()), r.x, r.y, r.size);
-        engine.Finish(store, nullptr);
-        benchmark::DoNotOptimize(store.GetWordCount());
-    }
-    state.SetItemsProcessed(state.iterations() * Int64(page.runs.size()));
 }
 
 void BM_Scattered10k(benchmark::State& s) { Run(s, Scattered(10000)); }
