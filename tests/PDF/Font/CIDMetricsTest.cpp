@@ -13,6 +13,7 @@
 #include "PDF/Font/CIDMetrics.h"
 #include "PDF/Font/Font.h"
 #include "SDF/Obj.h"
+#include "support/TestSupport.h"
 
 namespace lum::test {
 namespace {
@@ -127,6 +128,40 @@ TEST(CIDMetrics, ManyOverlappingGroupsSettleQuickly) {
     }
     EXPECT_EQ(table.Find(0), nullptr);
     EXPECT_EQ(table.Find(0xFFFFFFF5u), nullptr);
+}
+
+// Glyph indexes of an embedded CIDFontType2 (a TrueType program of tools/gen-test-fonts.py):
+// through CIDToGIDMap, two bytes a glyph with an odd last byte dropped, or the CID itself.
+TEST(CIDMetrics, GlyphIndexesThroughCIDToGIDMap) {
+    struct Case {
+        std::string map;  // the CIDToGIDMap entry, "" for none
+        UInt32 cid;
+        bool found;
+        UInt32 glyph;
+    };
+    const Case cases[] = {
+        {"9 0 R", 0, true, 2}, {"9 0 R", 1, true, 1}, {"9 0 R", 2, false, 0},
+        {"/Identity", 2, true, 2}, {"", 1, true, 1},
+    };
+    const std::string program = ReadFile(DataPath("fonts/unicode-cmap.ttf"));
+    for (const Case& c : cases) {
+        PageSpec spec;
+        spec.extra = {
+            "<< /Type /Font /Subtype /Type0 /BaseFont /T /Encoding /Identity-H /DescendantFonts [7 0 R] >>",
+            "<< /Type /Font /Subtype /CIDFontType2 /BaseFont /ABCDEF+Test /CIDSystemInfo << /Registry "
+            "(Adobe) /Ordering (Identity) /Supplement 0 >> /FontDescriptor 8 0 R " +
+                (c.map.empty() ? "" : "/CIDToGIDMap " + c.map) + " >>",
+            "<< /Type /FontDescriptor /FontName /ABCDEF+Test /Flags 4 /FontFile2 10 0 R >>",
+            StreamObj(std::string("\x00\x02\x00\x01\x07", 5)),
+            StreamObj(program, "/Length1 " + std::to_string(program.size())),
+        };
+        MemoryDoc doc(BuildPagePdf(spec));
+        const PDF::Font descendant = CompositeFont(doc).GetDescendant();
+        UInt32 glyph = 99;
+        EXPECT_EQ(descendant.GetGlyphIndex(c.cid, glyph), c.found) << c.map << " CID " << c.cid;
+        EXPECT_EQ(glyph, c.glyph) << c.map << " CID " << c.cid;
+        EXPECT_TRUE(descendant.IsEmbedded());
+    }
 }
 
 // Vertical writing on a page: each character below the one before, moved by its position
