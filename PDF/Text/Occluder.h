@@ -38,11 +38,23 @@ public:
 private:
     // Counts one box comparison; false once the page's budget is spent.
     bool Spend();
+    // The grid of images by cell, for pages of many images; left empty for few.
+    void BuildGrid();
+    // The images whose boxes reach the cell of point (x, y), in index order; null when the
+    // point lies outside every image or there is no grid.
+    const std::vector<UInt32>* CellAt(double x, double y) const;
 
     std::vector<Occluder> m_items;
     std::vector<Rect> m_opaque_from;  // union of the opaque boxes from index k on
     std::vector<Rect> m_any_from;     // union of all boxes from index k on
     UInt64 m_tests = 0;
+
+    // A box holds another only if it holds the other's middle, so the images that may hold a
+    // box are those listed in the cell of its middle.
+    Rect m_grid_box;
+    int m_columns = 0, m_rows = 0;
+    double m_cell_w = 0, m_cell_h = 0;
+    std::vector<std::vector<UInt32>> m_cells;
 };
 
 }  // namespace lum::PDF

@@ -74,30 +74,34 @@ TEST(Occluders, GlyphsUnderAnyImageFromTheCoverOn) {
 }
 
 TEST(Occluders, EarlyStopsAnswerAsThePlainSearch) {
+    // Few images (searched one by one) and many (through the grid of cells), on a lattice of
+    // whole numbers so that boxes share edges with each other and with the cells.
     std::mt19937 rng(7);
-    std::uniform_real_distribution<double> pos(0, 600), size(1, 300);
-    for (int round = 0; round < 20; ++round) {
-        OccluderSet set;
-        std::vector<Occluder> plain;
-        for (int i = 0; i < 40; ++i) {
-            const double x = pos(rng), y = pos(rng);
-            const Occluder o{2 * i + 1, Rect(x, y, x + size(rng), y + size(rng)), i % 3 == 0};
-            set.Add(o);
-            plain.push_back(o);
-        }
-        set.Seal();
-        for (int q = 0; q < 200; ++q) {
-            const double x = pos(rng), y = pos(rng);
-            const Rect box(x, y, x + size(rng) / 10, y + size(rng) / 10);
-            const lum::Int64 order = std::uniform_int_distribution<int>(0, 80)(rng);
-            size_t want = plain.size();
-            for (size_t k = 0; k < plain.size() && want == plain.size(); ++k)
-                if (plain[k].order > order && !plain[k].not_opaque && Inside(box, plain[k].box)) want = k;
-            ASSERT_EQ(set.FindCover(order, box), want);
-            const size_t from = q % plain.size();
-            bool hidden = false;
-            for (size_t k = from; k < plain.size(); ++k) hidden = hidden || Inside(box, plain[k].box);
-            ASSERT_EQ(set.Hides(from, box), hidden);
+    std::uniform_int_distribution<int> pos(0, 60), size(0, 30), small(0, 3), order_of(0, 420);
+    for (const int count : {10, 40, 200}) {
+        for (int round = 0; round < 10; ++round) {
+            OccluderSet set;
+            std::vector<Occluder> plain;
+            for (int i = 0; i < count; ++i) {
+                const double x = 10 * pos(rng), y = 10 * pos(rng);
+                const Occluder o{2 * i + 1, Rect(x, y, x + 10 * size(rng), y + 10 * size(rng)), i % 3 == 0};
+                set.Add(o);
+                plain.push_back(o);
+            }
+            set.Seal();
+            for (int q = 0; q < 300; ++q) {
+                const double x = 10 * pos(rng), y = 10 * pos(rng);
+                const Rect box(x, y, x + 10 * small(rng), y + 10 * small(rng));
+                const lum::Int64 order = order_of(rng);
+                size_t want = plain.size();
+                for (size_t k = 0; k < plain.size() && want == plain.size(); ++k)
+                    if (plain[k].order > order && !plain[k].not_opaque && Inside(box, plain[k].box)) want = k;
+                ASSERT_EQ(set.FindCover(order, box), want) << count;
+                const size_t from = size_t(q) % plain.size();
+                bool hidden = false;
+                for (size_t k = from; k < plain.size(); ++k) hidden = hidden || Inside(box, plain[k].box);
+                ASSERT_EQ(set.Hides(from, box), hidden) << count;
+            }
         }
     }
 }
