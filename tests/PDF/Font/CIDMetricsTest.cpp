@@ -130,6 +130,29 @@ TEST(CIDMetrics, ManyOverlappingGroupsSettleQuickly) {
     EXPECT_EQ(table.Find(0xFFFFFFF5u), nullptr);
 }
 
+// A font of ours that names a _CharSet measures a CID that W lacks in its substitute, once,
+// and writes the width into W, which it makes.
+TEST(CIDMetrics, CharSetFontsMeasureMissingWidths) {
+    MemoryDoc doc(MetricsPdf("/_CharSet 0 /W [1 [500]]"));
+    const PDF::Font font = CompositeFont(doc).GetDescendant();
+    EXPECT_EQ(font.GetWidth(1), 500);
+    const double width = font.GetWidth(65);
+    EXPECT_EQ(width, std::trunc(font.GetSubstGlyphWidth(65)));
+    EXPECT_EQ(font.GetWidth(65), width);
+    SDF::Obj* w = font.GetSDFObj()->FindObj("W");
+    ASSERT_TRUE(w && w->IsArray());
+    ASSERT_EQ(w->Size(), 4u);
+    EXPECT_EQ(w->GetAt(2)->GetNumber(), 65);
+    EXPECT_EQ(w->GetAt(3)->GetAt(0)->GetNumber(), width);
+
+    MemoryDoc bare(MetricsPdf("/_CharSet 0"));
+    const PDF::Font made = CompositeFont(bare).GetDescendant();
+    made.GetWidth(7);
+    SDF::Obj* made_w = made.GetSDFObj()->FindObj("W");
+    ASSERT_TRUE(made_w && made_w->IsArray());
+    EXPECT_EQ(made_w->Size(), 2u);
+}
+
 // Glyph indexes of an embedded CIDFontType2 (a TrueType program of tools/gen-test-fonts.py):
 // through CIDToGIDMap, two bytes a glyph with an odd last byte dropped, or the CID itself.
 TEST(CIDMetrics, GlyphIndexesThroughCIDToGIDMap) {
