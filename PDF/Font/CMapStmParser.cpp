@@ -415,13 +415,9 @@ void CMapStmParser::UseCMap() {
     LUM_CHECK(m_operand_stack.size() == 1, "Invalid CMap: usecmap operand");
     Obj* name = m_operand_stack[0];
     if (!name->IsName()) return;
-    // A parent the resources don't have leaves the CMap without one: what the stream maps
-    // itself is still good.
-    try {
-        m_cmap.mp_parent = CMap::Create(name);
-    } catch (const CMapNotFoundExc&) {
-        m_cmap.mp_parent.reset();
-    }
+    // A parent the resources don't have fails the whole CMap (CMapNotFoundExc goes up through
+    // the parse): such a stream maps only part of its codes itself.
+    m_cmap.mp_parent = CMap::Create(name);
 }
 
 void CMapStmParser::Def() {
