@@ -10,11 +10,11 @@ namespace {
 
 // Font /H is Helvetica without widths of its own; /T maps two codes through its ToUnicode
 // (object 7): A to B, and B to the two units "fi".
-PageSpec TextRunsPage(const std::string& content) {
-    PageSpec spec;
-    spec.resources =
+PageRecipe TextRunsPage(const std::string& content) {
+    PageRecipe recipe;
+    recipe.resources =
         "/Font << /H 6 0 R /T 8 0 R /Bad 9 0 R >> /XObject << /Fm 10 0 R >>";
-    spec.extra = {
+    recipe.extra = {
         "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>",
         StreamObj("/CIDInit /ProcSet findresource begin 12 dict begin begincmap 1 begincodespacerange "
                   "<00> <FF> endcodespacerange 2 beginbfchar <41> <0042> <42> <00660069> endbfchar "
@@ -23,8 +23,8 @@ PageSpec TextRunsPage(const std::string& content) {
         "<< /Type /Font /Subtype /Type1 /BaseFont /NotAStandardFont >>",
         StreamObj("BT /H 10 Tf (in form) Tj ET", "/Subtype /Form /BBox [0 0 100 100]"),
     };
-    spec.contents = {content};
-    return spec;
+    recipe.contents = {content};
+    return recipe;
 }
 
 struct RunsCase {

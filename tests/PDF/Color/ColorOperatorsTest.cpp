@@ -65,13 +65,13 @@ class ColorOperators : public ::testing::TestWithParam<OperatorCase> {};
 
 TEST_P(ColorOperators, LastString) {
     const OperatorCase& c = GetParam();
-    PageSpec spec;
-    spec.resources =
+    PageRecipe recipe;
+    recipe.resources =
         "/Font << /F1 4 0 R >> /XObject << /Fm 9 0 R >> /Pattern << /P0 8 0 R >> "
         "/ColorSpace << /Idx [/Indexed /DeviceRGB 1 <ff0000 0000ff>] /Short [/Indexed /DeviceRGB 9 <00>] "
         "/Pat [/Pattern /DeviceRGB] /Spot [/Separation /Spot /DeviceCMYK 6 0 R] /Icc [/ICCBased 7 0 R] "
         "/Bad [/DeviceN [/A] /DeviceGray 42] >>";
-    spec.extra = {
+    recipe.extra = {
         "<< /FunctionType 2 /Domain [0 1] /C0 [0 0 0 0] /C1 [0 1 1 0] /N 1 >>",  // 6
         StreamObj("", "/N 4"),                                                  // 7
         StreamObj("", "/PatternType 1 /PaintType 2 /BBox [0 0 1 1]"),          // 8
@@ -79,8 +79,8 @@ TEST_P(ColorOperators, LastString) {
         StreamObj("/P1 scn BT /F1 10 Tf (f) Tj ET",
                   "/Subtype /Form /BBox [0 0 9 9] /Resources << /Font << /F1 4 0 R >> /Pattern << /P1 9 0 R >> >>"),
     };
-    spec.contents = {c.content + " BT /F1 10 Tf (x) Tj ET"};
-    MemoryDoc doc(BuildPagePdf(spec));
+    recipe.contents = {c.content + " BT /F1 10 Tf (x) Tj ET"};
+    MemoryDoc doc(BuildPagePdf(recipe));
     PDF::ElementReader reader;
     Fill last;
     try {
@@ -148,12 +148,12 @@ class DefaultSpaces : public ::testing::TestWithParam<DefaultCase> {};
 
 TEST_P(DefaultSpaces, Replace) {
     const DefaultCase& c = GetParam();
-    PageSpec spec;
-    spec.resources = "/Font << /F1 4 0 R >> /ColorSpace << " + c.defaults +
+    PageRecipe recipe;
+    recipe.resources = "/Font << /F1 4 0 R >> /ColorSpace << " + c.defaults +
                      " /Idx [/Indexed /DeviceRGB 0 <ff0000>] /Pat [/Pattern /DeviceRGB] >>";
-    spec.extra = {StreamObj("", "/N 4")};
-    spec.contents = {c.content + " BT /F1 10 Tf (x) Tj ET"};
-    MemoryDoc doc(BuildPagePdf(spec));
+    recipe.extra = {StreamObj("", "/N 4")};
+    recipe.contents = {c.content + " BT /F1 10 Tf (x) Tj ET"};
+    MemoryDoc doc(BuildPagePdf(recipe));
     PDF::ElementReader reader;
     reader.Begin(doc.FirstPage());
     Fill last;

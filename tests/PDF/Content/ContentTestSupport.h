@@ -25,7 +25,7 @@ inline std::string StreamObj(const std::string& data, const std::string& dict_en
            data + "\nendstream";
 }
 
-struct PageSpec {
+struct PageRecipe {
     std::vector<std::string> contents;  // each becomes a stream; one stream is /Contents N 0 R
     std::string resources = "/Font << /F1 4 0 R >>";
     std::vector<std::string> extra;     // objects 6, 7, ...
@@ -33,7 +33,7 @@ struct PageSpec {
     std::string font_extra;             // more entries of font 4
 };
 
-inline std::string BuildPagePdf(const PageSpec& spec) {
+inline std::string BuildPagePdf(const PageRecipe& recipe) {
     std::string widths;
     for (int i = 0; i < 256; ++i) widths += "500 ";
     std::vector<std::string> objects = {
@@ -41,22 +41,22 @@ inline std::string BuildPagePdf(const PageSpec& spec) {
         "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
         "",  // the page, below
         "<< /Type /Font /Subtype /Type1 /BaseFont /TestSans /FirstChar 0 /LastChar 255 /Widths [" +
-            widths + "] /FontDescriptor 5 0 R " + spec.font_extra + " >>",
+            widths + "] /FontDescriptor 5 0 R " + recipe.font_extra + " >>",
         "<< /Type /FontDescriptor /FontName /TestSans /Flags 32 /Ascent 800 /Descent -200 "
         "/FontBBox [0 -200 1000 800] >>",
     };
-    for (const std::string& e : spec.extra) objects.push_back(e);
+    for (const std::string& e : recipe.extra) objects.push_back(e);
     std::string contents;
-    for (const std::string& c : spec.contents) {
+    for (const std::string& c : recipe.contents) {
         objects.push_back(StreamObj(c));
         contents += std::to_string(objects.size()) + " 0 R ";
     }
-    if (!spec.contents_override.empty())
-        contents = spec.contents_override;
-    else if (spec.contents.size() > 1)
+    if (!recipe.contents_override.empty())
+        contents = recipe.contents_override;
+    else if (recipe.contents.size() > 1)
         contents = "[" + contents + "]";
     objects[2] = "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Resources << " +
-                 spec.resources + " >>" + (contents.empty() ? "" : " /Contents " + contents) + " >>";
+                 recipe.resources + " >>" + (contents.empty() ? "" : " /Contents " + contents) + " >>";
     return BuildPdf(objects);
 }
 
@@ -122,8 +122,8 @@ inline void WalkLevel(PDF::ElementReader& reader, Walked& out, int level) {
     }
 }
 
-inline Walked WalkPage(const PageSpec& spec) {
-    MemoryDoc doc(BuildPagePdf(spec));
+inline Walked WalkPage(const PageRecipe& recipe) {
+    MemoryDoc doc(BuildPagePdf(recipe));
     Walked out;
     PDF::ElementReader reader;
     try {

@@ -19,9 +19,9 @@ class ReaderSequence : public ::testing::TestWithParam<SequenceCase> {};
 
 TEST_P(ReaderSequence, ElementsInContentOrder) {
     const SequenceCase& c = GetParam();
-    PageSpec spec;
-    spec.contents = c.contents;
-    const Walked w = WalkPage(spec);
+    PageRecipe recipe;
+    recipe.contents = c.contents;
+    const Walked w = WalkPage(recipe);
     EXPECT_EQ(Kinds(w), c.kinds);
     std::vector<std::string> texts;
     for (const Seen* s : Texts(w)) texts.push_back(s->text);
@@ -56,26 +56,26 @@ INSTANTIATE_TEST_SUITE_P(Content, ReaderSequence, ::testing::ValuesIn(kSequences
                          [](const auto& p) { return std::string(p.param.name); });
 
 TEST(ElementReader, ContentsArrayEntriesThatAreNoStreamsAreSkipped) {
-    PageSpec spec;
-    spec.contents = {"BT /F1 10 Tf (a) Tj", "(b) Tj ET"};
+    PageRecipe recipe;
+    recipe.contents = {"BT /F1 10 Tf (a) Tj", "(b) Tj ET"};
     // Objects 6 and 7 are the streams; a null and a number stand between them.
-    spec.contents_override = "[6 0 R null 42 7 0 R]";
-    const Walked w = WalkPage(spec);
+    recipe.contents_override = "[6 0 R null 42 7 0 R]";
+    const Walked w = WalkPage(recipe);
     EXPECT_EQ(Kinds(w), "bTTt");
     EXPECT_EQ(w.error, "");
 }
 
 TEST(ElementReader, PageWithoutContentsHasNoElements) {
-    PageSpec spec;
-    const Walked w = WalkPage(spec);
+    PageRecipe recipe;
+    const Walked w = WalkPage(recipe);
     EXPECT_TRUE(w.seen.empty());
     EXPECT_EQ(w.error, "");
 }
 
 TEST(ElementReader, ContentsOfAnotherTypeIsABadPage) {
-    PageSpec spec;
-    spec.contents_override = "42";
-    EXPECT_EQ(WalkPage(spec).error, "Bad page");
+    PageRecipe recipe;
+    recipe.contents_override = "42";
+    EXPECT_EQ(WalkPage(recipe).error, "Bad page");
 }
 
 // Forms: object 6 is the form unless a case says otherwise.
@@ -91,11 +91,11 @@ class ReaderForms : public ::testing::TestWithParam<FormCase> {};
 
 TEST_P(ReaderForms, FormsAreEnteredOnRequest) {
     const FormCase& c = GetParam();
-    PageSpec spec;
-    spec.extra = c.extra;
-    spec.resources = "/Font << /F1 4 0 R >> /XObject << /Fm 6 0 R /Fm2 7 0 R >>";
-    spec.contents = {c.page};
-    const Walked w = WalkPage(spec);
+    PageRecipe recipe;
+    recipe.extra = c.extra;
+    recipe.resources = "/Font << /F1 4 0 R >> /XObject << /Fm 6 0 R /Fm2 7 0 R >>";
+    recipe.contents = {c.page};
+    const Walked w = WalkPage(recipe);
     EXPECT_EQ(Kinds(w), c.kinds) << w.error;
     std::vector<int> levels;
     for (const Seen* s : Texts(w)) levels.push_back(s->level);
@@ -135,11 +135,11 @@ INSTANTIATE_TEST_SUITE_P(Content, ReaderForms, ::testing::ValuesIn(kForms),
                          [](const auto& p) { return std::string(p.param.name); });
 
 TEST(ElementReader, FormMatrixAndParentStateReachTheForm) {
-    PageSpec spec;
-    spec.extra = {StreamObj("BT /F1 10 Tf (in) Tj ET Q Q", "/Subtype /Form /Matrix [2 0 0 2 5 5]"), "null"};
-    spec.resources = "/Font << /F1 4 0 R >> /XObject << /Fm 6 0 R >>";
-    spec.contents = {"q 1 0 0 1 100 0 cm /Fm Do Q"};
-    const Walked w = WalkPage(spec);
+    PageRecipe recipe;
+    recipe.extra = {StreamObj("BT /F1 10 Tf (in) Tj ET Q Q", "/Subtype /Form /Matrix [2 0 0 2 5 5]"), "null"};
+    recipe.resources = "/Font << /F1 4 0 R >> /XObject << /Fm 6 0 R >>";
+    recipe.contents = {"q 1 0 0 1 100 0 cm /Fm Do Q"};
+    const Walked w = WalkPage(recipe);
     ASSERT_EQ(Kinds(w), "gFbTtG");
     EXPECT_EQ(w.seen[3].ctm, Common::Matrix2D(2, 0, 0, 2, 105, 5));
     // The parent's state is untouched by the form's unbalanced Q.
@@ -147,11 +147,11 @@ TEST(ElementReader, FormMatrixAndParentStateReachTheForm) {
 }
 
 TEST(ElementReader, EndBeforeTheFormsEndDropsTheRest) {
-    PageSpec spec;
-    spec.extra = {StreamObj("q Q q Q", "/Subtype /Form"), "null"};
-    spec.resources = "/XObject << /Fm 6 0 R >>";
-    spec.contents = {"/Fm Do q Q"};
-    MemoryDoc doc(BuildPagePdf(spec));
+    PageRecipe recipe;
+    recipe.extra = {StreamObj("q Q q Q", "/Subtype /Form"), "null"};
+    recipe.resources = "/XObject << /Fm 6 0 R >>";
+    recipe.contents = {"/Fm Do q Q"};
+    MemoryDoc doc(BuildPagePdf(recipe));
     PDF::ElementReader reader;
     reader.Begin(doc.FirstPage());
     ASSERT_EQ(reader.Next()->GetType(), PDF::Element::e_form);
@@ -168,9 +168,9 @@ TEST(ElementReader, EndBeforeTheFormsEndDropsTheRest) {
 }
 
 TEST(ElementReader, FormBeginNeedsAFormElement) {
-    PageSpec spec;
-    spec.contents = {"q Q"};
-    MemoryDoc doc(BuildPagePdf(spec));
+    PageRecipe recipe;
+    recipe.contents = {"q Q"};
+    MemoryDoc doc(BuildPagePdf(recipe));
     PDF::ElementReader reader;
     reader.Begin(doc.FirstPage());
     reader.Next();
@@ -188,9 +188,9 @@ TEST(ElementReader, DeepNestingEndsInBoundedMemory) {
     for (int i = 0; i < 10000; ++i) content += "q ";
     content += "BT /F1 10 Tf (x) Tj ET ";
     for (int i = 0; i < 10000; ++i) content += "Q ";
-    PageSpec spec;
-    spec.contents = {content};
-    const Walked w = WalkPage(spec);
+    PageRecipe recipe;
+    recipe.contents = {content};
+    const Walked w = WalkPage(recipe);
     EXPECT_EQ(w.seen.size(), 20003u);
     EXPECT_EQ(Texts(w).size(), 1u);
 }
@@ -199,9 +199,9 @@ TEST(ElementReader, AMillionOperandsEndInBoundedTime) {
     std::string content = "BT /F1 10 Tf ";
     for (int i = 0; i < 1000000; ++i) content += "1 ";
     content += "(x) Tj ET";
-    PageSpec spec;
-    spec.contents = {content};
-    const Walked w = WalkPage(spec);
+    PageRecipe recipe;
+    recipe.contents = {content};
+    const Walked w = WalkPage(recipe);
     EXPECT_EQ(Kinds(w), "bTt");
 }
 
@@ -224,11 +224,11 @@ class InlineImages : public ::testing::TestWithParam<InlineCase> {};
 
 TEST_P(InlineImages, DataOfComputedSize) {
     const InlineCase& c = GetParam();
-    PageSpec spec;
-    spec.resources = "/ColorSpace << /Sep [/Separation /Spot /DeviceCMYK 6 0 R] /Icc [/ICCBased 6 0 R] >>";
-    spec.extra = {StreamObj("", "/N 4")};
-    spec.contents = {c.content};
-    MemoryDoc doc(BuildPagePdf(spec));
+    PageRecipe recipe;
+    recipe.resources = "/ColorSpace << /Sep [/Separation /Spot /DeviceCMYK 6 0 R] /Icc [/ICCBased 6 0 R] >>";
+    recipe.extra = {StreamObj("", "/N 4")};
+    recipe.contents = {c.content};
+    MemoryDoc doc(BuildPagePdf(recipe));
     PDF::ElementReader reader;
     reader.Begin(doc.FirstPage());
     std::string kinds, error;
@@ -304,9 +304,9 @@ TEST(ContentLimits, StateDepth) {
         std::string content;
         for (size_t i = 0; i < pushes; ++i) content += "q ";
         content += "5 w q 6 w Q 0 0 m 1 1 l S";
-        PageSpec spec;
-        spec.contents = {content};
-        MemoryDoc doc(BuildPagePdf(spec));
+        PageRecipe recipe;
+        recipe.contents = {content};
+        MemoryDoc doc(BuildPagePdf(recipe));
         PDF::ElementReader reader;
         reader.Begin(doc.FirstPage());
         PDF::Element* last = nullptr;
@@ -320,18 +320,18 @@ TEST(ContentLimits, FormLevels) {
     // Forms 6, 7, ... each show a string and paint the next: the page is level 1, so forms
     // run with content up to level kMaxContentLevels, and the one below opens empty.
     const int forms = Limits::kMaxContentLevels + 1;
-    PageSpec spec;
+    PageRecipe recipe;
     std::string xobjects;
     for (int i = 0; i < forms; ++i) {
         const std::string next = "/X" + std::to_string(i + 1);
-        spec.extra.push_back(StreamObj("BT /F1 10 Tf (x) Tj ET " + next + " Do",
+        recipe.extra.push_back(StreamObj("BT /F1 10 Tf (x) Tj ET " + next + " Do",
                                        "/Subtype /Form /Resources << /XObject << " + next + " " +
                                            std::to_string(7 + i) + " 0 R >> >>"));
     }
-    spec.extra.push_back(StreamObj("", "/Subtype /Form"));
-    spec.resources = "/Font << /F1 4 0 R >> /XObject << /X0 6 0 R >>";
-    spec.contents = {"/X0 Do"};
-    const Walked w = WalkPage(spec);
+    recipe.extra.push_back(StreamObj("", "/Subtype /Form"));
+    recipe.resources = "/Font << /F1 4 0 R >> /XObject << /X0 6 0 R >>";
+    recipe.contents = {"/X0 Do"};
+    const Walked w = WalkPage(recipe);
     EXPECT_EQ(w.error, "");
     EXPECT_EQ(Texts(w).size(), size_t(Limits::kMaxContentLevels - 1));
     int deepest = 0;
@@ -341,9 +341,9 @@ TEST(ContentLimits, FormLevels) {
 
 TEST(ContentLimits, StringCharacters) {
     for (const size_t size : {Limits::kMaxStringChars, Limits::kMaxStringChars + 1}) {
-        PageSpec spec;
-        spec.contents = {"BT /F1 1 Tf (" + std::string(size, 'a') + ") Tj ET"};
-        const Walked w = WalkPage(spec);
+        PageRecipe recipe;
+        recipe.contents = {"BT /F1 1 Tf (" + std::string(size, 'a') + ") Tj ET"};
+        const Walked w = WalkPage(recipe);
         ASSERT_EQ(Texts(w).size(), 1u);
         EXPECT_EQ(Texts(w)[0]->positions.size(), 2 * Limits::kMaxStringChars);
     }
@@ -354,9 +354,9 @@ TEST(ContentLimits, PathCoordinates) {
     content.reserve(Limits::kMaxPathDoubles * 3 + 64);
     for (size_t i = 2; i < Limits::kMaxPathDoubles; i += 2) content += "1 1 l ";
     content += "2 2 l S";
-    PageSpec spec;
-    spec.contents = {content};
-    MemoryDoc doc(BuildPagePdf(spec));
+    PageRecipe recipe;
+    recipe.contents = {content};
+    MemoryDoc doc(BuildPagePdf(recipe));
     PDF::ElementReader reader;
     reader.Begin(doc.FirstPage());
     PDF::Element* e = reader.Next();
@@ -368,10 +368,10 @@ TEST(ContentLimits, PathCoordinates) {
 TEST(ContentLimits, InlineImageData) {
     const size_t bound = Limits::kMaxInlineImageBytes;
     for (const size_t size : {bound, bound + 1}) {
-        PageSpec spec;
-        spec.contents = {"BI /W " + std::to_string(size) + " /H 1 /BPC 8 /CS /G ID " +
+        PageRecipe recipe;
+        recipe.contents = {"BI /W " + std::to_string(size) + " /H 1 /BPC 8 /CS /G ID " +
                          std::string(size, 'x') + " EI q Q"};
-        MemoryDoc doc(BuildPagePdf(spec));
+        MemoryDoc doc(BuildPagePdf(recipe));
         PDF::ElementReader reader;
         reader.Begin(doc.FirstPage());
         PDF::Element* e = reader.Next();
@@ -410,15 +410,15 @@ int EnterGlyphs(PDF::ElementReader& reader) {
 TEST(Type3Glyphs, GlyphsThatShowTheirOwnFontEnd) {
     // Glyph a shows "ab" and glyph b shows "ba" in the same font: every glyph already open
     // opens an empty level, so the walk ends.
-    PageSpec spec;
-    spec.resources = "/Font << /T3 6 0 R >>";
-    spec.extra = {
+    PageRecipe recipe;
+    recipe.resources = "/Font << /T3 6 0 R >>";
+    recipe.extra = {
         "<< /Type /Font /Subtype /Type3 /FontMatrix [0.001 0 0 0.001 0 0] /FontBBox [0 0 1000 1000] "
         "/CharProcs << /a 7 0 R /b 8 0 R >> /Encoding << /Differences [97 /a /b] >> /FirstChar 97 "
         "/LastChar 98 /Widths [1000 1000] /Resources << /Font << /T3 6 0 R >> >> >>",
         StreamObj("1000 0 d0 BT /T3 1 Tf (ab) Tj ET"), StreamObj("1000 0 d0 BT /T3 1 Tf (ba) Tj ET")};
-    spec.contents = {"BT /T3 10 Tf (ab) Tj ET"};
-    MemoryDoc doc(BuildPagePdf(spec));
+    recipe.contents = {"BT /T3 10 Tf (ab) Tj ET"};
+    MemoryDoc doc(BuildPagePdf(recipe));
     PDF::ElementReader reader;
     reader.Begin(doc.FirstPage());
     // Page, glyph a, glyph b inside it, and the empty level of an open glyph below that.
@@ -426,14 +426,14 @@ TEST(Type3Glyphs, GlyphsThatShowTheirOwnFontEnd) {
 }
 
 TEST(Type3Glyphs, GlyphLevelTakesTheMatricesAndTheFillAsStroke) {
-    PageSpec spec;
-    spec.resources = "/Font << /T3 6 0 R >>";
-    spec.extra = {
+    PageRecipe recipe;
+    recipe.resources = "/Font << /T3 6 0 R >>";
+    recipe.extra = {
         "<< /Type /Font /Subtype /Type3 /FontMatrix [0.01 0 0 0.01 0 0] /CharProcs << /a 7 0 R >> "
         "/Encoding << /Differences [97 /a] >> /FirstChar 97 /LastChar 97 /Widths [100] >>",
         StreamObj("100 0 d0 0 0 10 10 re f")};
-    spec.contents = {"1 0 0 rg BT /T3 20 Tf 50 Tz 2 0 0 2 100 100 Tm (aa) Tj ET"};
-    MemoryDoc doc(BuildPagePdf(spec));
+    recipe.contents = {"1 0 0 rg BT /T3 20 Tf 50 Tz 2 0 0 2 100 100 Tm (aa) Tj ET"};
+    MemoryDoc doc(BuildPagePdf(recipe));
     PDF::ElementReader reader;
     reader.Begin(doc.FirstPage());
     PDF::Element* e = nullptr;

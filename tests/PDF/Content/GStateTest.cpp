@@ -23,19 +23,19 @@ class StateAfter : public ::testing::TestWithParam<StateCase> {};
 
 TEST_P(StateAfter, Operators) {
     const StateCase& c = GetParam();
-    PageSpec spec;
-    spec.resources =
+    PageRecipe recipe;
+    recipe.resources =
         "/Font << /F1 4 0 R >> /ExtGState << /G1 6 0 R /G2 7 0 R /Bad 8 0 R >> "
         "/ColorSpace << /CS0 [/ICCBased 9 0 R] /DefaultRGB [/CalRGB << /WhitePoint [1 1 1] >>] >>";
-    spec.extra = {
+    recipe.extra = {
         "<< /LW 3 /LC 1 /LJ 2 /ML 4 /D [[2 1] 1] /CA 2 /ca -1 /BM [/Foo /Multiply] /TR2 /Default "
         "/TR /Identity /OP true /Font [4 0 R 7] /SMask /None >>",
         "<< /OP true /op false /BM /Bogus >>",
         "<< /LW (thick) >>",
         StreamObj("", "/N 3"),
     };
-    spec.contents = {c.content + " q"};
-    MemoryDoc doc(BuildPagePdf(spec));
+    recipe.contents = {c.content + " q"};
+    MemoryDoc doc(BuildPagePdf(recipe));
     PDF::ElementReader reader;
     reader.Begin(doc.FirstPage());
     PDF::Element* last = nullptr;
@@ -144,11 +144,11 @@ INSTANTIATE_TEST_SUITE_P(Content, StateAfter, ::testing::ValuesIn(kStates),
                          [](const auto& p) { return std::string(p.param.name); });
 
 TEST(GState, BadExtGStateValueRaisesTheTypeError) {
-    PageSpec spec;
-    spec.resources = "/ExtGState << /Bad 6 0 R >>";
-    spec.extra = {"<< /LW (thick) >>"};
-    spec.contents = {"q /Bad gs Q"};
-    EXPECT_NE(WalkPage(spec).error, "");
+    PageRecipe recipe;
+    recipe.resources = "/ExtGState << /Bad 6 0 R >>";
+    recipe.extra = {"<< /LW (thick) >>"};
+    recipe.contents = {"q /Bad gs Q"};
+    EXPECT_NE(WalkPage(recipe).error, "");
 }
 
 TEST(GState, ChangeListKeepsFirstPlaceAndLatestFirst) {
@@ -201,7 +201,7 @@ TEST(ContentResources, LookupGoesOutwardLevelByLevel) {
 }
 
 TEST(ContentResources, UnknownFontNamesGiveTheOneDefaultFont) {
-    MemoryDoc doc(BuildPagePdf(PageSpec()));
+    MemoryDoc doc(BuildPagePdf(PageRecipe()));
     PDF::ContentResources res;
     res.SetDoc(&doc.Doc());
     res.Push(nullptr);

@@ -26,11 +26,11 @@ class TextMetrics : public ::testing::TestWithParam<MetricsCase> {};
 
 TEST_P(TextMetrics, PositionsAndEnd) {
     const MetricsCase& c = GetParam();
-    PageSpec spec;
-    spec.resources = "/Font << /F1 4 0 R /T3 6 0 R >>";
-    spec.extra = {kType3Font, StreamObj("50 0 d0 0 0 100 100 re f")};
-    spec.contents = {c.content};
-    const Walked w = WalkPage(spec);
+    PageRecipe recipe;
+    recipe.resources = "/Font << /F1 4 0 R /T3 6 0 R >>";
+    recipe.extra = {kType3Font, StreamObj("50 0 d0 0 0 100 100 re f")};
+    recipe.contents = {c.content};
+    const Walked w = WalkPage(recipe);
     ASSERT_EQ(w.error, "");
     const auto texts = Texts(w);
     ASSERT_LT(c.text_index, texts.size());
@@ -79,15 +79,15 @@ class TextBox : public ::testing::TestWithParam<BoxCase> {};
 
 TEST_P(TextBox, BoxOfTheFirstString) {
     const BoxCase& c = GetParam();
-    PageSpec spec;
-    spec.resources = "/Font << /F1 4 0 R /Z 6 0 R >>";
+    PageRecipe recipe;
+    recipe.resources = "/Font << /F1 4 0 R /Z 6 0 R >>";
     std::string widths;
     for (int i = 0; i < 256; ++i) widths += "500 ";
-    spec.extra = {"<< /Type /Font /Subtype /Type1 /BaseFont /Zero /FirstChar 0 /LastChar 255 /Widths [" +
+    recipe.extra = {"<< /Type /Font /Subtype /Type1 /BaseFont /Zero /FirstChar 0 /LastChar 255 /Widths [" +
                       widths + "] /FontDescriptor 7 0 R >>",
                   "<< /Type /FontDescriptor /Ascent 0 /Descent 0 >>"};
-    spec.contents = {c.content};
-    MemoryDoc doc(BuildPagePdf(spec));
+    recipe.contents = {c.content};
+    MemoryDoc doc(BuildPagePdf(recipe));
     PDF::ElementReader reader;
     reader.Begin(doc.FirstPage());
     PDF::Element* e;
@@ -115,9 +115,9 @@ INSTANTIATE_TEST_SUITE_P(Content, TextBox, ::testing::ValuesIn(kBoxes),
                          [](const auto& p) { return std::string(p.param.name); });
 
 TEST(TextElement, EmptyStringHasNoCharactersAndNoText) {
-    PageSpec spec;
-    spec.contents = {"BT /F1 10 Tf () Tj ET"};
-    MemoryDoc doc(BuildPagePdf(spec));
+    PageRecipe recipe;
+    recipe.contents = {"BT /F1 10 Tf () Tj ET"};
+    MemoryDoc doc(BuildPagePdf(recipe));
     PDF::ElementReader reader;
     reader.Begin(doc.FirstPage());
     reader.Next();

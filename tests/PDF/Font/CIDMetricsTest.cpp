@@ -23,15 +23,15 @@ namespace {
 PDF::Font CompositeFont(MemoryDoc& doc) { return PDF::Font(static_cast<SDF::Obj*>(doc.Doc().GetObj(6))); }
 
 std::string MetricsPdf(const std::string& entries, const std::string& type0_extra = "/DescendantFonts [7 0 R]") {
-    PageSpec spec;
-    spec.resources = "/Font << /C 6 0 R >>";
-    spec.extra = {
+    PageRecipe recipe;
+    recipe.resources = "/Font << /C 6 0 R >>";
+    recipe.extra = {
         "<< /Type /Font /Subtype /Type0 /BaseFont /C /Encoding /Identity-H " + type0_extra + " >>",
         "<< /Type /Font /Subtype /CIDFontType0 /BaseFont /C /CIDSystemInfo << /Registry (Adobe) "
         "/Ordering (Identity) /Supplement 0 >> /FontDescriptor 8 0 R " + entries + " >>",
         "<< /Type /FontDescriptor /FontName /C /Flags 4 /Ascent 880 /Descent -120 >>",
     };
-    return BuildPagePdf(spec);
+    return BuildPagePdf(recipe);
 }
 
 struct Vertical {
@@ -168,8 +168,8 @@ TEST(CIDMetrics, GlyphIndexesThroughCIDToGIDMap) {
     };
     const std::string program = ReadFile(DataPath("fonts/unicode-cmap.ttf"));
     for (const Case& c : cases) {
-        PageSpec spec;
-        spec.extra = {
+        PageRecipe recipe;
+        recipe.extra = {
             "<< /Type /Font /Subtype /Type0 /BaseFont /T /Encoding /Identity-H /DescendantFonts [7 0 R] >>",
             "<< /Type /Font /Subtype /CIDFontType2 /BaseFont /ABCDEF+Test /CIDSystemInfo << /Registry "
             "(Adobe) /Ordering (Identity) /Supplement 0 >> /FontDescriptor 8 0 R " +
@@ -178,7 +178,7 @@ TEST(CIDMetrics, GlyphIndexesThroughCIDToGIDMap) {
             StreamObj(std::string("\x00\x02\x00\x01\x07", 5)),
             StreamObj(program, "/Length1 " + std::to_string(program.size())),
         };
-        MemoryDoc doc(BuildPagePdf(spec));
+        MemoryDoc doc(BuildPagePdf(recipe));
         const PDF::Font descendant = CompositeFont(doc).GetDescendant();
         UInt32 glyph = 99;
         EXPECT_EQ(descendant.GetGlyphIndex(c.cid, glyph), c.found) << c.map << " CID " << c.cid;
@@ -215,18 +215,18 @@ class VerticalPage : public ::testing::TestWithParam<VerticalPageCase> {};
 
 TEST_P(VerticalPage, PositionsAndText) {
     const VerticalPageCase& c = GetParam();
-    PageSpec spec;
-    spec.resources = "/Font << /V 6 0 R /U 9 0 R >>";
+    PageRecipe recipe;
+    recipe.resources = "/Font << /V 6 0 R /U 9 0 R >>";
     const std::string japan1 = "/CIDSystemInfo << /Registry (Adobe) /Ordering (Japan1) /Supplement 6 >>";
-    spec.extra = {
+    recipe.extra = {
         "<< /Type /Font /Subtype /Type0 /BaseFont /V /Encoding /Identity-V /DescendantFonts [7 0 R] >>",
         "<< /Type /Font /Subtype /CIDFontType0 /BaseFont /V " + japan1 +
             " /FontDescriptor 8 0 R /W [843 [601]] /W2 [1 [-900 250 800]] >>",
         "<< /Type /FontDescriptor /FontName /V /Flags 4 /Ascent 880 /Descent -120 >>",
         "<< /Type /Font /Subtype /Type0 /BaseFont /U /Encoding /UniJIS-UCS2-V /DescendantFonts [7 0 R] >>",
     };
-    spec.contents = {c.content};
-    MemoryDoc doc(BuildPagePdf(spec));
+    recipe.contents = {c.content};
+    MemoryDoc doc(BuildPagePdf(recipe));
     PDF::ElementReader reader;
     reader.Begin(doc.FirstPage());
     std::vector<double> positions;
@@ -262,24 +262,24 @@ INSTANTIATE_TEST_SUITE_P(Font, VerticalPage, ::testing::ValuesIn(kVerticalPages)
 // resource file, and each gives the same CIDs and Unicode as the first.
 TEST(CompositeFonts, TwoHundredFontsOnOneCMap) {
     constexpr int kFonts = 200;
-    PageSpec spec;
+    PageRecipe recipe;
     std::string content = "BT";
-    spec.resources = "/Font <<";
-    spec.extra = {"<< /Type /FontDescriptor /FontName /J /Flags 4 /Ascent 880 /Descent -120 >>"};
+    recipe.resources = "/Font <<";
+    recipe.extra = {"<< /Type /FontDescriptor /FontName /J /Flags 4 /Ascent 880 /Descent -120 >>"};
     for (int i = 0; i < kFonts; ++i) {
         const std::string n = std::to_string(7 + 2 * i);
-        spec.extra.push_back("<< /Type /Font /Subtype /Type0 /BaseFont /J" + std::to_string(i) +
+        recipe.extra.push_back("<< /Type /Font /Subtype /Type0 /BaseFont /J" + std::to_string(i) +
                              " /Encoding /UniJIS-UCS2-H /DescendantFonts [" + std::to_string(8 + 2 * i) +
                              " 0 R] >>");
-        spec.extra.push_back("<< /Type /Font /Subtype /CIDFontType0 /BaseFont /J" + std::to_string(i) +
+        recipe.extra.push_back("<< /Type /Font /Subtype /CIDFontType0 /BaseFont /J" + std::to_string(i) +
                              " /CIDSystemInfo << /Registry (Adobe) /Ordering (Japan1) /Supplement 6 >> "
                              "/FontDescriptor 6 0 R >>");
-        spec.resources += " /F" + std::to_string(i) + " " + n + " 0 R";
+        recipe.resources += " /F" + std::to_string(i) + " " + n + " 0 R";
         content += " /F" + std::to_string(i) + " 10 Tf <30424E00FF21> Tj";
     }
-    spec.resources += " >>";
-    spec.contents = {content + " ET"};
-    MemoryDoc doc(BuildPagePdf(spec));
+    recipe.resources += " >>";
+    recipe.contents = {content + " ET"};
+    MemoryDoc doc(BuildPagePdf(recipe));
     const auto start = std::chrono::steady_clock::now();
     PDF::ElementReader reader;
     reader.Begin(doc.FirstPage());

@@ -30,9 +30,9 @@ class FontObjects : public ::testing::TestWithParam<FontCase> {};
 
 TEST_P(FontObjects, FromDictionary) {
     const FontCase& c = GetParam();
-    PageSpec spec;
-    spec.extra = {"<< /Type /Font " + c.dict + " >>"};
-    MemoryDoc doc(BuildPagePdf(spec));
+    PageRecipe recipe;
+    recipe.extra = {"<< /Type /Font " + c.dict + " >>"};
+    MemoryDoc doc(BuildPagePdf(recipe));
     try {
         const Font font(doc.Doc().GetObj(6));
         EXPECT_STREQ(c.error, "") << "the font was made";
@@ -184,7 +184,7 @@ TEST(FontHandle, EmptyHandleRaisesBadFontNamingTheOperation) {
 }
 
 TEST(FontHandle, VerticalMetricsOnlyOnComposite) {
-    MemoryDoc doc(BuildPagePdf(PageSpec()));
+    MemoryDoc doc(BuildPagePdf(PageRecipe()));
     const Font font(doc.Doc().GetObj(4));
     double vx, vy;
     EXPECT_THROW(font.GetVerticalAdvance(1, vx, vy), Common::Exception);
@@ -192,9 +192,9 @@ TEST(FontHandle, VerticalMetricsOnlyOnComposite) {
 }
 
 TEST(SharedFonts, OneObjectPerDictionaryAndBoundedIdleEntries) {
-    PageSpec spec;
-    for (int i = 0; i < 30; ++i) spec.extra.push_back("<< /Type /Font /Subtype /Type1 /BaseFont /Courier >>");
-    MemoryDoc doc(BuildPagePdf(spec));
+    PageRecipe recipe;
+    for (int i = 0; i < 30; ++i) recipe.extra.push_back("<< /Type /Font /Subtype /Type1 /BaseFont /Courier >>");
+    MemoryDoc doc(BuildPagePdf(recipe));
     SDF::Obj* first_dict = doc.Doc().GetObj(6);
     const Font kept(first_dict);
     EXPECT_EQ(Font(first_dict).GetImpl(), kept.GetImpl());
@@ -248,9 +248,9 @@ class FontMapping : public ::testing::TestWithParam<MapCase> {};
 
 TEST_P(FontMapping, CodeToUnicode) {
     const MapCase& c = GetParam();
-    PageSpec spec;
-    spec.extra = {"<< /Type /Font " + c.dict + " >>", kToUnicode};
-    MemoryDoc doc(BuildPagePdf(spec));
+    PageRecipe recipe;
+    recipe.extra = {"<< /Type /Font " + c.dict + " >>", kToUnicode};
+    MemoryDoc doc(BuildPagePdf(recipe));
     const Font font(doc.Doc().GetObj(6));
     Unicode units[10];
     UInt32 count = 0;
@@ -297,11 +297,11 @@ INSTANTIATE_TEST_SUITE_P(Font, FontMapping, ::testing::ValuesIn(kMappings),
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST(FontMapping, GarbageProgramLeavesAFontThatIsNotEmbedded) {
-    PageSpec spec;
-    spec.extra = {"<< /Type /Font /Subtype /TrueType /BaseFont /X /FirstChar 65 /LastChar 65 /Widths [600] "
+    PageRecipe recipe;
+    recipe.extra = {"<< /Type /Font /Subtype /TrueType /BaseFont /X /FirstChar 65 /LastChar 65 /Widths [600] "
                   "/FontDescriptor << /Flags 32 /FontFile2 7 0 R >> >>",
                   StreamObj("this is no font program at all", "/Length1 30")};
-    MemoryDoc doc(BuildPagePdf(spec));
+    MemoryDoc doc(BuildPagePdf(recipe));
     const Font font(doc.Doc().GetObj(6));
     EXPECT_FALSE(font.IsEmbedded());
     EXPECT_EQ(font.GetWidth(65), 600);
@@ -333,14 +333,14 @@ class TrueTypeRoutes : public ::testing::TestWithParam<RouteCase> {};
 TEST_P(TrueTypeRoutes, GlyphAndNameOfACode) {
     const RouteCase& c = GetParam();
     const std::string program = ReadFile(DataPath(std::string("fonts/") + c.file));
-    PageSpec spec;
-    spec.extra = {"<< /Type /Font /Subtype /TrueType /BaseFont /ABCDEF+Test /FirstChar 65 /LastChar 66 "
+    PageRecipe recipe;
+    recipe.extra = {"<< /Type /Font /Subtype /TrueType /BaseFont /ABCDEF+Test /FirstChar 65 /LastChar 66 "
                   "/Widths [500 500] /FontDescriptor 8 0 R " + c.entries + " >>",
                   StreamObj(program, "/Length1 " + std::to_string(program.size())),
                   "<< /Type /FontDescriptor /FontName /ABCDEF+Test " +
                       std::string(c.entries.find("/Flags 4") != std::string::npos ? "/Flags 4" : "/Flags 32") +
                       " /FontFile2 7 0 R >>"};
-    MemoryDoc doc(BuildPagePdf(spec));
+    MemoryDoc doc(BuildPagePdf(recipe));
     const Font font(doc.Doc().GetObj(6));
     UInt32 glyph = 99;
     EXPECT_TRUE(font.GetGlyphIndex(c.code, glyph));
@@ -366,11 +366,11 @@ INSTANTIATE_TEST_SUITE_P(Font, TrueTypeRoutes, ::testing::ValuesIn(kRoutes),
 
 TEST(TrueTypeRoutes, FaceQueries) {
     const std::string program = ReadFile(DataPath("fonts/symbol-cmap.ttf"));
-    PageSpec spec;
-    spec.extra = {"<< /Type /Font /Subtype /TrueType /BaseFont /T /FirstChar 65 /LastChar 66 /Widths [1 1] "
+    PageRecipe recipe;
+    recipe.extra = {"<< /Type /Font /Subtype /TrueType /BaseFont /T /FirstChar 65 /LastChar 66 /Widths [1 1] "
                   "/FontDescriptor << /Flags 4 /FontFile2 7 0 R >> >>",
                   StreamObj(program, "/Length1 " + std::to_string(program.size()))};
-    MemoryDoc doc(BuildPagePdf(spec));
+    MemoryDoc doc(BuildPagePdf(recipe));
     const Font font(doc.Doc().GetObj(6));
     EXPECT_EQ(font.GetFamilyName(), "TestSymbol");
     EXPECT_EQ(font.GetAscent(), 800);
