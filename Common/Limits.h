@@ -68,6 +68,19 @@ inline constexpr std::size_t kMaxTokenBytes = std::size_t(256) << 20;
 // widths, cross-reference indexes) stay below a million.
 inline constexpr std::size_t kMaxOperandStack = std::size_t(8) << 20;
 
+// Values. Spent numbers, strings and arrays that a parser keeps of each kind to reuse for the
+// next operands instead of a heap object each. A content stream rarely has more than a few
+// dozen operands at once; 256 of each covers a long TJ array and keeps the spares small.
+inline constexpr std::size_t kMaxSpareOperands = 256;
+
+// Bytes. A spent string is kept for reuse only when its buffer holds at most this many: one
+// huge string must not stay allocated for the rest of the stream.
+inline constexpr std::size_t kMaxSpareStringBytes = 4096;
+
+// Values. A spent array is kept for reuse only when its storage holds at most this many: a
+// TJ array rarely has a few hundred; one of a million must be given back.
+inline constexpr std::size_t kMaxSpareArrayItems = 4096;
+
 // Objects. Pairs read from the head of one object stream (its N). Object numbers in a
 // rebuilt table stop at 2^20 and each pair needs a distinct number to be of use, so more
 // pairs than this can only be hostile; the rest of the head is ignored.

@@ -157,11 +157,16 @@ bool ElementBuilderImpl::PopState() {
 // --- Owned objects ---
 
 void ElementBuilderImpl::SetTextObject(SDF::Obj* owned) {
-    SDF::DeleteDirect(mp_text_obj);
+    SDF::DeleteDirect(ExchangeTextObject(owned));
+}
+
+SDF::Obj* ElementBuilderImpl::ExchangeTextObject(SDF::Obj* owned) {
+    SDF::Obj* old = mp_text_obj;
     mp_text_obj = owned;
     mp_shown = owned && owned->IsString() ? owned : nullptr;
     m_array_index = 0;
     m_array_size = owned && owned->IsArray() ? UInt32(owned->Size()) : 0;
+    return old;
 }
 
 void ElementBuilderImpl::SetMCTag(SDF::Obj* owned) {

@@ -115,6 +115,8 @@ private:
 
     // --- Owned objects ---
     void SetTextObject(SDF::Obj* owned);
+    // Takes `owned` as the text object and hands the previous one (or null) to the caller.
+    SDF::Obj* ExchangeTextObject(SDF::Obj* owned);
     void SetMCTag(SDF::Obj* owned);
     void SetMCProperties(SDF::Obj* properties, bool owned);
     void ReleaseMarkedContent();

@@ -119,6 +119,9 @@ private:
     bool OpTextFont();
     bool OpTextMove(double tx, double ty);
     bool OpNextLine();
+    // Moves the string or array on top of the stack into the element; the one it held before
+    // is spent.
+    void TakeTextOperand();
     bool OpShowString();
     bool OpShowArray();
     bool OpNextLineShow(bool with_spacing);

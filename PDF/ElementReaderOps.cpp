@@ -577,11 +577,16 @@ bool ElementReaderImpl::OpShowString() {
     if (Argc() < 1) return true;
     ElementBuilderImpl& e = *mp_element;
     if (!e.State().GetFont() || !Arg(1, 0)->IsString()) return true;
-    e.SetTextObject(PopObjNoDelete());
+    TakeTextOperand();
     const double adjustment = e.m_pending_adjustment;
     e.m_pending_adjustment = 0;
     ShowString(adjustment);
     return false;
+}
+
+void ElementReaderImpl::TakeTextOperand() {
+    SDF::Obj* text = PopObjNoDelete();
+    Recycle(mp_element->ExchangeTextObject(text));
 }
 
 bool ElementReaderImpl::OpShowArray() {
@@ -589,7 +594,7 @@ bool ElementReaderImpl::OpShowArray() {
     if (Argc() < 1) return true;
     ElementBuilderImpl& e = *mp_element;
     if (!e.State().GetFont() || !Arg(1, 0)->IsArray()) return true;
-    e.SetTextObject(PopObjNoDelete());
+    TakeTextOperand();
     e.m_pos_adjustment = e.m_pending_adjustment;
     e.m_pending_adjustment = 0;
     return !WalkTextArray();
@@ -625,7 +630,7 @@ bool ElementReaderImpl::OpNextLineShow(bool with_spacing) {
         e.State().SetCharSpacing(Num(3, 1));
     }
     if (e.State().GetFont() && Arg(1, 0)->IsString()) {
-        e.SetTextObject(PopObjNoDelete());
+        TakeTextOperand();
         e.m_string_pending = true;
     }
     return OpNextLine();

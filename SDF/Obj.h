@@ -243,6 +243,9 @@ public:
     void SetNumber(double value) override;
     UInt32 Hash() const override;
 
+    // For parsers: gives a spent value a new number (no owner, nothing to mark modified).
+    void AssignParsed(double value) noexcept { m_value = value; }
+
 private:
     double m_value;
 };
@@ -266,6 +269,10 @@ public:
     UInt32 Hash() const override;
 
     const std::vector<UInt8>& GetBytes() const noexcept { return m_bytes; }
+
+    // For parsers: gives a spent value new bytes, reusing its buffer.
+    void AssignParsed(const UInt8* bytes, size_t size) { m_bytes.assign(bytes, bytes + size); }
+    size_t ParsedCapacity() const noexcept { return m_bytes.capacity(); }
 
 private:
     std::vector<UInt8> m_bytes;
@@ -333,6 +340,13 @@ public:
 
     // For parsers: takes the values as they are, with no checks (they are fresh and unowned).
     void AdoptParsed(Obj* const* values, size_t count);
+    // For parsers: hands every value to `take` and empties the array, keeping its storage.
+    template <class Take>
+    void ReleaseParsed(Take&& take) noexcept {
+        for (Obj* item : m_items) take(item);
+        m_items.clear();
+    }
+    size_t ParsedCapacity() const noexcept { return m_items.capacity(); }
 
 private:
     size_t size() const noexcept { return m_items.size(); }

@@ -119,23 +119,94 @@ Parser::Parser(DocImpl* doc) : Parser(doc, nullptr) {}
 
 Parser::Parser(DocImpl* doc, Filters::Filter* stream) : m_stream(stream), mp_doc(doc) {
     m_operand_stack.reserve(kInitialStack);
+    m_spare_numbers.reserve(Limits::kMaxSpareOperands);
+    m_spare_strings.reserve(Limits::kMaxSpareOperands);
+    m_spare_arrays.reserve(Limits::kMaxSpareOperands);
     m_token.resize(kInitialToken);
     m_token[0] = 0;
 }
 
-Parser::~Parser() { ClearStack(); }
+Parser::~Parser() {
+    ClearStack();
+    for (Number* n : m_spare_numbers) delete n;
+    for (Str* s : m_spare_strings) delete s;
+    for (Array* a : m_spare_arrays) delete a;
+}
 
 void Parser::AttachStream(Filters::Filter* stream) { m_stream.AttachFilter(stream); }
 
 void Parser::ClearStack() noexcept {
-    for (Obj* obj : m_operand_stack) DeleteDirect(obj);
+    for (Obj* obj : m_operand_stack) Recycle(obj);
     m_operand_stack.clear();
 }
 
 void Parser::PopObj() noexcept {
     if (m_operand_stack.empty()) return;
-    DeleteDirect(m_operand_stack.back());
+    Recycle(m_operand_stack.back());
     m_operand_stack.pop_back();
+}
+
+// --- Spent operands ---
+
+bool Parser::KeepSpare(Obj* obj) noexcept {
+    if (obj->GetOwner()) return false;
+    switch (obj->GetType()) {
+        case Obj::e_number:
+            if (m_spare_numbers.size() == Limits::kMaxSpareOperands) return false;
+            m_spare_numbers.push_back(static_cast<Number*>(obj));
+            return true;
+        case Obj::e_string: {
+            auto* str = static_cast<Str*>(obj);
+            if (m_spare_strings.size() == Limits::kMaxSpareOperands ||
+                str->ParsedCapacity() > Limits::kMaxSpareStringBytes)
+                return false;
+            m_spare_strings.push_back(str);
+            return true;
+        }
+        default:
+            return false;
+    }
+}
+
+void Parser::Recycle(Obj* obj) noexcept {
+    if (!obj || obj->IsIndirect()) return;
+    if (KeepSpare(obj)) return;
+    if (obj->GetOwner() == nullptr && obj->GetType() == Obj::e_array) {
+        auto* array = static_cast<Array*>(obj);
+        if (m_spare_arrays.size() < Limits::kMaxSpareOperands &&
+            array->ParsedCapacity() <= Limits::kMaxSpareArrayItems) {
+            // One level only: values nested deeper go the usual way, so that this stays flat.
+            array->ReleaseParsed([this](Obj* item) {
+                if (item && !item->IsIndirect() && !KeepSpare(item)) delete item;
+            });
+            m_spare_arrays.push_back(array);
+            return;
+        }
+    }
+    delete obj;
+}
+
+Number* Parser::MakeNumber(double value) {
+    if (m_spare_numbers.empty()) return new Number(value);
+    Number* n = m_spare_numbers.back();
+    m_spare_numbers.pop_back();
+    n->AssignParsed(value);
+    return n;
+}
+
+Str* Parser::MakeString(const std::vector<UInt8>& bytes) {
+    if (m_spare_strings.empty()) return new Str(bytes.data(), bytes.size());
+    Str* s = m_spare_strings.back();
+    s->AssignParsed(bytes.data(), bytes.size());  // may throw: the spare stays in the list
+    m_spare_strings.pop_back();
+    return s;
+}
+
+Array* Parser::MakeArray() {
+    if (m_spare_arrays.empty()) return new Array();
+    Array* a = m_spare_arrays.back();
+    m_spare_arrays.pop_back();
+    return a;
 }
 
 Obj* Parser::PopObjNoDelete() noexcept {
@@ -303,7 +374,7 @@ bool Parser::GetObj() {
 }
 
 void Parser::LexNumber() {
-    Push(new Number(ParseNumberToken(reinterpret_cast<const char*>(m_token.data()), m_token_size)));
+    Push(MakeNumber(ParseNumberToken(reinterpret_cast<const char*>(m_token.data()), m_token_size)));
 }
 
 void Parser::LexName() {
@@ -416,7 +487,7 @@ void Parser::LexLiteralString() {
         }
     }
     OnString(m_string);
-    Push(new Str(m_string.data(), m_string.size()));
+    Push(MakeString(m_string));
     if (m_string.capacity() > kKeepBuffer) std::vector<UInt8>().swap(m_string);
 }
 
@@ -454,7 +525,7 @@ void Parser::LexHexString() {
         }
     }
     OnString(m_string);
-    Push(new Str(m_string.data(), m_string.size()));
+    Push(MakeString(m_string));
     if (m_string.capacity() > kKeepBuffer) std::vector<UInt8>().swap(m_string);
 }
 
@@ -517,7 +588,7 @@ bool Parser::LexArray() {
             break;
         }
     }
-    auto* array = new Array();
+    Array* array = MakeArray();
     array->AdoptParsed(m_operand_stack.data() + start, m_operand_stack.size() - start);
     m_operand_stack.resize(start);
     Push(array);

@@ -96,13 +96,28 @@ protected:
 
     // Pushes a value; fails when the stack would pass its bound.
     void Push(Obj* obj);
+    // Destroys a spent value that does not belong to the table, or keeps it for reuse.
+    void Recycle(Obj* obj) noexcept;
 
     std::vector<Obj*> m_operand_stack;
+    // Spent operand values, each at most Limits::kMaxSpareOperands (reserved up front, so that
+    // keeping one never allocates).
+    std::vector<Number*> m_spare_numbers;
+    std::vector<Str*> m_spare_strings;
+    std::vector<Array*> m_spare_arrays;
     Filters::FilterReader m_stream;
     DocImpl* mp_doc;
     int m_max_nesting = 0;
 
 private:
+    // Fresh values for operands: spent ones when there are, else heap objects. Content streams
+    // have a number or string per few bytes; a heap object each was a tenth of the page's time.
+    Number* MakeNumber(double value);
+    Str* MakeString(const std::vector<UInt8>& bytes);
+    Array* MakeArray();
+    // Keeps a spent number, string or array when there is room; false: the caller deletes it.
+    bool KeepSpare(Obj* obj) noexcept;
+
     void ReadToken();
     void AppendToken(const UInt8* bytes, size_t n);
     void GrowToken(size_t need);
