@@ -73,13 +73,13 @@ void TRun::Emit(EmitContext& ctx) {
     const GlyphArena& arena = *mp_arena;
     UInt32 extent_matrices = ~UInt32(0);
     Quad extent_quad;
+    const bool test_hidden = cover < ctx.occluders.Size();
     for (UInt32 fi = 0; fi < m_frag_count; ++fi) {
         const WordFrag& f = Frag(fi);
         for (UInt32 gi = 0; gi < f.count; ++gi) {
             const GlyphRecord& g = arena.Glyph(f, gi);
-            Rect box = BoxAround(g.page_quad);
-            if (cover < ctx.occluders.Size() && ctx.occluders.Hides(cover, box)) continue;
-            Quad quad = g.page_quad;
+            if (test_hidden && ctx.occluders.Hides(cover, BoxAround(g.page_quad))) continue;
+            Quad quad;
             if (common_height) {
                 // Every glyph of the font gets the font's height: an x as tall as an l. The
                 // extent through the glyph matrix is the same for all glyphs of an element
@@ -88,11 +88,19 @@ void TRun::Emit(EmitContext& ctx) {
                     extent_matrices = g.matrices;
                     extent_quad = QuadThrough(arena.Matrices(g.matrices).glyph, extent);
                 }
-                Quad t = g.text_quad;
-                for (int i = 1; i < 8; i += 2) t.v[i] = extent_quad.v[i] + g.y;
-                quad = MapQuad(arena.Matrices(g.matrices).page, t);
-                box = BoxAround(quad);
+                // The text quad with the extent's heights, through the page matrix, corner by
+                // corner in registers: a quad written half by half and read back whole stalls
+                // on every glyph.
+                const auto& m = arena.Matrices(g.matrices).page;
+                for (int i = 0; i < 8; i += 2) {
+                    const double x = g.text_quad.v[i], y = extent_quad.v[i + 1] + g.y;
+                    quad.v[i] = m.m_a * x + m.m_c * y + m.m_h;
+                    quad.v[i + 1] = m.m_b * x + m.m_d * y + m.m_v;
+                }
+            } else {
+                quad = g.page_quad;
             }
+            const Rect box = BoxAround(quad);
             ctx.store.StoreGlyph(g.unit, g.offset, box, quad, mp_font, m_font_height, m_red,
                                  m_green, m_blue);
         }

@@ -86,6 +86,14 @@ void TextExtractorImpl::EndLine() {
     m_lines[0] += 1.0;
 }
 
+// Eight values at the end of `v`: a fixed-size copy the compiler lays out in place, where a
+// range insert is a call and a memmove for every unit of the page.
+static void AppendQuad(std::vector<double>& v, const double* quad) {
+    const size_t n = v.size();
+    v.resize(n + 8);
+    std::copy(quad, quad + 8, v.data() + n);
+}
+
 void TextExtractorImpl::StoreGlyph(Unicode unit, Int32 offset, const Rect& box, const Quad& quad,
                                    SDF::Obj* font, double font_size, UInt8 red, UInt8 green,
                                    UInt8 blue) {
@@ -96,7 +104,7 @@ void TextExtractorImpl::StoreGlyph(Unicode unit, Int32 offset, const Rect& box, 
         m_word_geometry.push_back(box.x1);
         m_word_geometry.push_back(box.x2);
     } else {
-        m_word_geometry.insert(m_word_geometry.end(), quad.v, quad.v + 8);
+        AppendQuad(m_word_geometry, quad.v);
     }
     Unicode units[3] = {unit, 0, 0};
     const int n = (m_flags & e_no_ligatures) ? 1 : ExpandLigature(unit, units);
@@ -110,7 +118,7 @@ void TextExtractorImpl::StoreGlyph(Unicode unit, Int32 offset, const Rect& box, 
 void TextExtractorImpl::AppendUnit(Unicode unit, Int32 offset, const double* quad) {
     m_text.push_back(unit);
     m_offsets.push_back(offset);
-    m_unit_quads.insert(m_unit_quads.end(), quad, quad + 8);
+    AppendQuad(m_unit_quads, quad);
 }
 
 void TextExtractorImpl::EndWord(bool newline) {
