@@ -113,4 +113,69 @@ TEST(Tokenizer, LongTokensPassTheInitialBuffer) {
     EXPECT_EQ(p->GetTokenSize(), 0u);
 }
 
+// A value as text: numbers by %g, strings in parentheses, arrays in brackets.
+std::string Show(lum::SDF::Obj* v) {
+    if (v->IsNumber()) {
+        char buf[32];
+        std::snprintf(buf, sizeof buf, "%g", v->GetNumber());
+        return buf;
+    }
+    if (v->IsString()) {
+        const auto* b = reinterpret_cast<const char*>(v->GetBuffer());
+        return "(" + std::string(b ? b : "", size_t(v->Size())) + ")";
+    }
+    if (v->IsArray()) {
+        std::string out = "[";
+        for (lum::UInt32 i = 0; i < v->Size(); ++i) out += (i ? " " : "") + Show(v->GetAt(i));
+        return out + "]";
+    }
+    return "?";
+}
+
+// Values read after the stack was cleared reuse the spent ones: none may show what it held.
+TEST(Tokenizer, SpentOperandsCarryNoOldValues) {
+    const std::string long_text(5000, 'L');
+    // More values at once than the parser keeps spare.
+    std::string many = "[", many_shown = "[";
+    for (int i = 0; i < 300; ++i) {
+        const std::string item = "(s" + std::to_string(i) + ") " + std::to_string(i);
+        many += item + " ";
+        many_shown += (i ? " " : "") + item;
+    }
+    many += "]";
+    many_shown += "]";
+    struct Case {
+        std::string input;
+        std::string shown;
+    };
+    const Case cases[] = {
+        {"(abcdef) (xy) () <41> 7 (z)", "(abcdef) (xy) () (A) 7 (z)"},
+        {"[(a) -120 (bc)] [(d)] [] [5]", "[(a) -120 (bc)] [(d)] [] [5]"},
+        {"[[1 2] (n)] [3] [[]]", "[[1 2] (n)] [3] [[]]"},
+        {"(" + long_text + ") (short)", "(" + long_text + ") (short)"},
+        {many + " [(a)] (b) 1 " + many, many_shown + " [(a)] (b) 1 " + many_shown},
+    };
+    for (const auto& c : cases) {
+        MemParser p(c.input);
+        std::string out;
+        while (lum::SDF::Obj* v = p.One()) out += (out.empty() ? "" : " ") + Show(v);
+        EXPECT_EQ(out, c.shown) << c.input.substr(0, 40);
+    }
+}
+
+// A value taken off the stack is the caller's: clearing and reading on leaves it alone.
+TEST(Tokenizer, TakenOperandSurvivesLaterReads) {
+    MemParser p("(keep) [(k) 1] (other) [(x) 2] 9");
+    ASSERT_NE(p.One(), nullptr);
+    lum::SDF::Obj* str = p->PopObjNoDelete();
+    ASSERT_NE(p.One(), nullptr);
+    lum::SDF::Obj* arr = p->PopObjNoDelete();
+    while (p.One()) {
+    }
+    EXPECT_EQ(Show(str), "(keep)");
+    EXPECT_EQ(Show(arr), "[(k) 1]");
+    delete str;
+    delete arr;
+}
+
 }  // namespace
