@@ -3,6 +3,8 @@
 #include "PDF/Text/TextLayout.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 #include "Common/Limits.h"
 #include "PDF/Text/DuplicateFinder.h"
@@ -38,6 +40,46 @@ void AppendRuns(Block& b, std::vector<Block*>& out, Keep keep) {
     }
 }
 
+// The horizontal extent of a box, whichever way its edges stand; NaN when an edge is NaN.
+struct Extent {
+    double lo, hi;
+};
+constexpr double kInf = std::numeric_limits<double>::infinity();
+// The extent of a block that joins nothing.
+constexpr Extent kNowhere{kInf, -kInf};
+
+Extent ExtentOf(const Rect& box) {
+    if (std::isnan(box.x1) || std::isnan(box.x2)) return {box.x1 + box.x2, box.x1 + box.x2};
+    return {std::min(box.x1, box.x2), std::max(box.x1, box.x2)};
+}
+
+// A paragraph joins no line.
+Extent LineExtent(const Block& b) {
+    return b.GetKind() == Block::e_para ? kNowhere : ExtentOf(b.m_box);
+}
+
+// The larger radius; NaN (a run that JoinScore can't bound) wins.
+double MaxRadius(double a, double b) { return std::isnan(a) || std::isnan(b) ? a + b : std::max(a, b); }
+
+// Two blocks join into a line only when their extents lie within 1.5 character widths of one
+// of the runs at the joint (the gap of JoinScore); twice the widest of a block's runs bounds
+// that with room for rounding.
+double LineRadius(const Block& b) {
+    switch (b.GetKind()) {
+        case Block::e_run:
+            return 2 * CharWidth(static_cast<const TRun&>(b));
+        case Block::e_line: {
+            double r = 0;
+            for (const TRun* run : static_cast<const TLine&>(b).m_runs)
+                r = MaxRadius(r, 2 * CharWidth(*run));
+            return r;
+        }
+        case Block::e_para:
+            break;
+    }
+    return 0;
+}
+
 }  // namespace
 
 void TextLayout::SortFromTop() { std::stable_sort(m_blocks.begin(), m_blocks.end(), FromTop); }
@@ -61,94 +103,100 @@ void TextLayout::PurgeDuplicates(DuplicateFinder& finder) {
     bool changed = true;
     while (changed) {
         changed = false;
-        m_candidates.clear();
         const size_t n = m_blocks.size();
+        m_open.Reset(n);
         for (size_t pos = 0; pos < n; ++pos) {
-            Block* b = m_blocks[pos];
+            const Rect box = m_blocks[pos]->m_box;
+            const Extent e = ExtentOf(box);
             bool taken_apart = false;
-            size_t keep = 0;
-            size_t i = 0;
-            for (; i < m_candidates.size(); ++i) {
-                const size_t apos = m_candidates[i];
+            // Copies overlap: the index skips blocks beside this one.
+            m_open.Walk(box.y2, e.lo, e.hi, 0, [&](size_t apos) {
                 Block* a = m_blocks[apos];
+                Block* b = m_blocks[pos];
                 // Sorted by falling top: nothing that follows reaches a block wholly above.
-                if (a->m_box.y1 > b->m_box.y2) continue;
-                if (finder.IsDuplicate(*a, *b)) {
-                    changed = true;
-                    // Both blocks are taken apart: a's runs go to the end of the list, and
-                    // of b only the runs without a twin.
-                    AppendRuns(*a, m_blocks, [](const TRun&) { return true; });
-                    if (b->GetKind() != Block::e_run)
-                        AppendRuns(*b, m_blocks, [&](const TRun& r) { return !finder.InSet(r); });
-                    m_blocks[apos] = nullptr;
-                    m_blocks[pos] = nullptr;
-                    taken_apart = true;
-                    ++i;  // a's entry goes too
-                    break;
+                if (a->m_box.y1 > b->m_box.y2) {
+                    m_open.Remove(apos);
+                    return false;
                 }
-                m_candidates[keep++] = apos;
-            }
-            // The entries behind the one that ended the walk stay.
-            for (; i < m_candidates.size(); ++i) m_candidates[keep++] = m_candidates[i];
-            m_candidates.resize(keep);
-            if (!taken_apart) m_candidates.push_back(pos);
+                if (!finder.IsDuplicate(*a, *b)) return false;
+                changed = true;
+                // Both blocks are taken apart: a's runs go to the end of the list, and of b
+                // only the runs without a twin.
+                AppendRuns(*a, m_blocks, [](const TRun&) { return true; });
+                if (b->GetKind() != Block::e_run)
+                    AppendRuns(*b, m_blocks, [&](const TRun& r) { return !finder.InSet(r); });
+                m_blocks[apos] = nullptr;
+                m_blocks[pos] = nullptr;
+                m_open.Remove(apos);
+                taken_apart = true;
+                return true;
+            });
+            if (!taken_apart) m_open.Set(pos, e.lo, e.hi, m_blocks[pos]->m_box.y1, 0);
         }
         Compact();
     }
 }
 
 bool TextLayout::JoinLinesOnce(BlockPool& pool) {
-    const size_t before = m_blocks.size();
-    m_candidates.clear();
-    for (size_t pos = 0; pos < m_blocks.size(); ++pos) {
+    const size_t n = m_blocks.size();
+    m_open.Reset(n);
+    m_radius.resize(n);
+    for (size_t pos = 0; pos < n; ++pos) m_radius[pos] = LineRadius(*m_blocks[pos]);
+    for (size_t pos = 0; pos < n; ++pos) {
         Block* b = m_blocks[pos];
+        const Extent e = LineExtent(*b);
         bool merged = false;
-        size_t keep = 0;
-        size_t i = 0;
-        for (; i < m_candidates.size(); ++i) {
-            const size_t apos = m_candidates[i];
+        m_open.Walk(b->m_box.y2, e.lo, e.hi, m_radius[pos], [&](size_t apos) {
             Block* a = m_blocks[apos];
-            if (a->LineReach() > b->m_box.y2) continue;
-            m_candidates[keep++] = apos;
-            if (Block* m = a->MergeLine(*b, pool)) {
-                m_blocks[apos] = m;
-                m_blocks[pos] = nullptr;
-                merged = true;
-                ++i;
-                break;
+            if (a->LineReach() > b->m_box.y2) {
+                m_open.Remove(apos);
+                return false;
             }
-        }
-        for (; i < m_candidates.size(); ++i) m_candidates[keep++] = m_candidates[i];
-        m_candidates.resize(keep);
-        if (!merged) m_candidates.push_back(pos);
+            Block* m = a->MergeLine(*b, pool);
+            if (!m) return false;
+            m_blocks[apos] = m;
+            m_blocks[pos] = nullptr;
+            // The joined block holds the runs of both: the larger radius covers them all.
+            m_radius[apos] = MaxRadius(m_radius[apos], m_radius[pos]);
+            const Extent me = LineExtent(*m);
+            m_open.Set(apos, me.lo, me.hi, m->LineReach(), m_radius[apos]);
+            merged = true;
+            return true;
+        });
+        if (!merged) m_open.Set(pos, e.lo, e.hi, b->LineReach(), m_radius[pos]);
     }
     Compact();
-    return m_blocks.size() != before;
+    return m_blocks.size() != n;
 }
 
 void TextLayout::JoinParagraphs(BlockPool& pool) {
-    m_candidates.clear();
-    for (size_t pos = 0; pos < m_blocks.size(); ++pos) {
+    const size_t n = m_blocks.size();
+    m_open.Reset(n);
+    for (size_t pos = 0; pos < n; ++pos) {
         Block* b = m_blocks[pos];
+        // The lines of a paragraph overlap horizontally; a paragraph joins nothing that
+        // follows.
+        const Extent e = b->GetKind() == Block::e_para ? kNowhere : ExtentOf(b->m_box);
         bool merged = false;
-        size_t keep = 0;
-        size_t i = 0;
-        for (; i < m_candidates.size(); ++i) {
-            const size_t apos = m_candidates[i];
+        m_open.Walk(b->m_box.y2, e.lo, e.hi, 0, [&](size_t apos) {
             Block* a = m_blocks[apos];
-            if (a->ParaReach() > b->m_box.y2) continue;
-            m_candidates[keep++] = apos;
-            if (Block* m = a->MergePara(*b, pool)) {
-                m_blocks[apos] = m;
-                m_blocks[pos] = nullptr;
-                merged = true;
-                ++i;
-                break;
+            if (a->ParaReach() > b->m_box.y2) {
+                m_open.Remove(apos);
+                return false;
             }
+            Block* m = a->MergePara(*b, pool);
+            if (!m) return false;
+            m_blocks[apos] = m;
+            m_blocks[pos] = nullptr;
+            const Extent me = ExtentOf(m->m_box);
+            m_open.Set(apos, me.lo, me.hi, m->ParaReach(), 0);
+            merged = true;
+            return true;
+        });
+        if (!merged) {
+            const Extent own = ExtentOf(b->m_box);
+            m_open.Set(pos, own.lo, own.hi, b->ParaReach(), 0);
         }
-        for (; i < m_candidates.size(); ++i) m_candidates[keep++] = m_candidates[i];
-        m_candidates.resize(keep);
-        if (!merged) m_candidates.push_back(pos);
     }
     Compact();
 }

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "Common/Types.h"
+#include "PDF/Text/CandidateIndex.h"
 #include "PDF/Text/TextBlocks.h"
 
 namespace lum::PDF {
@@ -41,7 +42,8 @@ private:
     void Compact();
 
     UInt32 m_flags = 0;
-    std::vector<size_t> m_candidates;  // scratch: positions still within reach
+    CandidateIndex m_open;         // scratch: blocks a pass may still join
+    std::vector<double> m_radius;  // scratch: the join radius of each position
 };
 
 }  // namespace lum::PDF
