@@ -1,6 +1,6 @@
 // The layout engine from captured characters to the flat store: a page of 10,000 one-glyph
 // runs scattered at random, a book-like page of lines of words drawn word by word, and two
-// columns drawn row by row. Reports runs (items) per second.
+// columns drawn row by row, and 20,000 words on one baseline. Reports runs (items) per second.
 #include <benchmark/benchmark.h>
 
 #include <random>
@@ -42,13 +42,32 @@ Page Book(int lines, int columns) {
     return p;
 }
 
+// 20,000 words on one baseline: 100 stacks of 200 different words (nothing joins), or words
+// of two letters spaced just beyond the gaps of a line.
+Page OneBaseline(bool stacks) {
+    Page p;
+    for (int i = 0; i < 20000; ++i) {
+        if (stacks)
+            p.runs.push_back({u"w" + std::u16string(size_t(1 + i % 7), char16_t('a' + i % 26)) +
+                                  char16_t('a' + i / 26 % 26),
+                              140.0 * (i / 200), 700, 1});
+        else
+            p.runs.push_back({u"ab", 2.6 * i, 700, 1});
+    }
+    return p;
+}
+
 void BM_Scattered10k(benchmark::State& s) { Run(s, Scattered(10000)); }
+void BM_OneBaselineStacks(benchmark::State& s) { Run(s, OneBaseline(true)); }
+void BM_OneBaselineSpaced(benchmark::State& s) { Run(s, OneBaseline(false)); }
 void BM_BookPage(benchmark::State& s) { Run(s, Book(60, 1)); }
 void BM_TwoColumns(benchmark::State& s) { Run(s, Book(60, 2)); }
 
 }  // namespace
 
 BENCHMARK(BM_Scattered10k)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_OneBaselineStacks)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_OneBaselineSpaced)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_BookPage)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_TwoColumns)->Unit(benchmark::kMicrosecond);
 

@@ -3,6 +3,7 @@
 // still come out, within bounded time.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <ctime>
 #include <cmath>
@@ -147,4 +148,36 @@ TEST(HostileText, EveryDirectionAndOverlap) {
     }
     f.Finish();
     EXPECT_GT(f.store.GetWordCount(), 1900u);
+}
+
+TEST(HostileText, OneBaselineStaysLinear) {
+    // 20,000 words on one baseline: the joining, the purge of copies and the cutting into
+    // columns each look at every pair of a band unless they skip what can't be reached.
+    FeedElement small;
+    small.size = 1;
+    const struct {
+        const char* name;
+        double x_step;   // from word to word
+        int stack;       // words drawn on top of each other at each place
+        bool numbered;   // each word its own text, else all "ab"
+    } cases[] = {
+        // 100 stacks of 200 different words, 140 apart: nothing joins.
+        {"stacks", 140, 200, true},
+        // Words 1.6 apart (more than three character widths), drawn left to right.
+        {"spaced", 2.6, 1, false},
+    };
+    for (const auto& t : cases) {
+        SCOPED_TRACE(t.name);
+        const std::clock_t start = std::clock();
+        TextFeeder f;
+        for (int i = 0; i < 20000; ++i)
+            f.Show(t.numbered ? "w" + std::to_string(i) : "ab", t.x_step * (i / t.stack), 700, small);
+        f.Finish();
+        const double seconds = Seconds(start);
+        const std::string text = f.Text();
+        EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 20000);
+        EXPECT_EQ(f.store.GetWordCount(), 20000u);
+        EXPECT_LT(seconds, 0.5 * kSecondsScale);
+        std::printf("%s: %.3f s\n", t.name, seconds);
+    }
 }
