@@ -1,12 +1,24 @@
 #pragma once
 // Helpers shared by every test binary: paths to test data and the shared corpus, temporary
 // folders, and running the built scrivex binary as a user would.
+#include <ctime>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace lum::test {
+
+// Time bounds of tests are stated for Release; sanitized builds run several times slower.
+#if defined(__SANITIZE_ADDRESS__)
+inline constexpr double kSecondsScale = 10;
+#else
+inline constexpr double kSecondsScale = 1;
+#endif
+
+inline double CpuSecondsSince(std::clock_t start) {
+    return double(std::clock() - start) / CLOCKS_PER_SEC;
+}
 
 std::filesystem::path DataPath(const std::string& name);
 

@@ -14,22 +14,17 @@
 #include "PDF/Text/TextFeeder.h"
 #include "PDF/Text/TextFlags.h"
 #include "PDF/TextExtractor.h"
+#include "support/TestSupport.h"
 
 namespace PDF = lum::PDF;
 using lum::Common::Matrix2D;
 using lum::test::FeedElement;
 using lum::test::TextFeeder;
 
+using lum::test::CpuSecondsSince;
+using lum::test::kSecondsScale;
+
 namespace {
-
-#if defined(__SANITIZE_ADDRESS__)
-constexpr double kSecondsScale = 10;  // sanitized builds run several times slower
-#else
-constexpr double kSecondsScale = 1;
-#endif
-
-// Processor time of this process: the machines that run the tests are shared.
-double Seconds(std::clock_t start) { return double(std::clock() - start) / CLOCKS_PER_SEC; }
 
 FeedElement WithMatrix(double a, double b, double c, double d, double h, double v) {
     FeedElement e;
@@ -77,7 +72,7 @@ TEST(HostileText, LargePagesStayLinear) {
         }());
     big.Finish();
     EXPECT_EQ(big.store.GetWordCount(), 2000u * 20u);
-    EXPECT_LT(Seconds(start), 1.0 * kSecondsScale);
+    EXPECT_LT(CpuSecondsSince(start), 1.0 * kSecondsScale);
 
     // A million blanks in one element: nothing to keep, and no time to lose.
     start = std::clock();
@@ -86,7 +81,7 @@ TEST(HostileText, LargePagesStayLinear) {
     blanks.Show("after", 0, 600);
     blanks.Finish();
     EXPECT_EQ(blanks.Text(), "after\n");
-    EXPECT_LT(Seconds(start), 1.0 * kSecondsScale);
+    EXPECT_LT(CpuSecondsSince(start), 1.0 * kSecondsScale);
 }
 
 TEST(HostileText, PageDrawnTwice) {
@@ -125,7 +120,7 @@ TEST(HostileText, PageDrawnTwice) {
         const std::clock_t start = std::clock();
         t.draw(twice, 2);
         twice.Finish();
-        const double seconds = Seconds(start);
+        const double seconds = CpuSecondsSince(start);
         EXPECT_EQ(twice.Text(), once.Text());
         EXPECT_EQ(twice.store.GetWordCount(), 10000u);
         EXPECT_LT(seconds, 1.0 * kSecondsScale);
@@ -173,7 +168,7 @@ TEST(HostileText, OneBaselineStaysLinear) {
         for (int i = 0; i < 20000; ++i)
             f.Show(t.numbered ? "w" + std::to_string(i) : "ab", t.x_step * (i / t.stack), 700, small);
         f.Finish();
-        const double seconds = Seconds(start);
+        const double seconds = CpuSecondsSince(start);
         const std::string text = f.Text();
         EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 20000);
         EXPECT_EQ(f.store.GetWordCount(), 20000u);

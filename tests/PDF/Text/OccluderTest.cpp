@@ -7,19 +7,17 @@
 
 #include "Common/Limits.h"
 #include "PDF/Text/Occluder.h"
+#include "support/TestSupport.h"
 
 namespace PDF = lum::PDF;
 using PDF::Occluder;
 using PDF::OccluderSet;
 using PDF::Rect;
 
-namespace {
+using lum::test::CpuSecondsSince;
+using lum::test::kSecondsScale;
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr double kSecondsScale = 10;  // sanitized builds run several times slower
-#else
-constexpr double kSecondsScale = 1;
-#endif
+namespace {
 
 bool Inside(const Rect& inner, const Rect& outer) {
     return outer.x1 <= inner.x1 && inner.x2 <= outer.x2 && outer.y1 <= inner.y1 &&
@@ -123,5 +121,5 @@ TEST(Occluders, ManyRunsAndManySmallImagesStayQuick) {
         covered += set.FindCover(i, Rect(x, y, x + 4.5, y + 2.5)) < set.Size();
     }
     EXPECT_EQ(covered, 0u);
-    EXPECT_LT(double(std::clock() - start) / CLOCKS_PER_SEC, 1.0 * kSecondsScale);
+    EXPECT_LT(CpuSecondsSince(start), 1.0 * kSecondsScale);
 }
