@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/PDF/PdfBuilder.h"
 #include "Filters/ExtBufInputFilter.h"
 #include "Filters/FilterReader.h"
 #include "PDF/ElementReader.h"
@@ -99,21 +100,7 @@ void BM_MapToCIDBytes(benchmark::State& state) {
 }
 BENCHMARK(BM_MapToCIDBytes);
 
-// A one-page document: object i + 1 is objects[i].
-std::string BuildPdf(const std::vector<std::string>& objects) {
-    std::string out = "%PDF-1.7\n", rows;
-    for (size_t i = 0; i < objects.size(); ++i) {
-        char row[32];
-        std::snprintf(row, sizeof row, "%010zu 00000 n\r\n", out.size());
-        rows += row;
-        out += std::to_string(i + 1) + " 0 obj\n" + objects[i] + "\nendobj\n";
-    }
-    const size_t xref = out.size();
-    out += "xref\n0 " + std::to_string(objects.size() + 1) + "\n0000000000 65535 f\r\n" + rows;
-    out += "trailer\n<< /Size " + std::to_string(objects.size() + 1) + " /Root 1 0 R >>\nstartxref\n" +
-           std::to_string(xref) + "\n%%EOF\n";
-    return out;
-}
+using test::BuildPdf;
 
 std::string TwoHundredFontsPdf(const char* cmap) {
     constexpr int kFonts = 200;

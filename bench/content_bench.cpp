@@ -15,25 +15,14 @@
 #include "PDF/ElementReader.h"
 #include "PDF/Ferrox.h"
 #include "PDF/PDFDoc.h"
+#include "bench/ContentFiles.h"
 #include "SDF/Obj.h"
 
 namespace {
 
 using namespace lum;
-namespace fs = std::filesystem;
 
-const fs::path kRepo = LUM_SOURCE_DIR;
-
-std::vector<std::string> Files() {
-    std::vector<std::string> out;
-    std::ifstream list(kRepo / "bench" / "content_files.txt");
-    const fs::path corpus = kRepo.parent_path() / "shared" / "corpus";
-    for (std::string line; std::getline(list, line);) {
-        if (line.empty() || line[0] == '#') continue;
-        if (fs::exists(corpus / line)) out.push_back((corpus / line).string());
-    }
-    return out;
-}
+using lum::bench::ContentFiles;
 
 UInt64 DecodedSize(SDF::Obj* stream) {
     try {
@@ -92,7 +81,7 @@ UInt64 ReadFile(const std::string& path, UInt64* bytes) {
 
 void BM_ReadAllElements(benchmark::State& state) {
     PDF::Ferrox::Initialize();
-    const std::vector<std::string> files = Files();
+    const std::vector<std::string> files = ContentFiles();
     if (files.empty()) {
         state.SkipWithError("the corpus is not there");
         return;

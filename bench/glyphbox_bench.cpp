@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "tests/PDF/PdfBuilder.h"
 #include "Filters/ExtBufInputFilter.h"
 #include "PDF/Ferrox.h"
 #include "PDF/Font/Font.h"
@@ -18,22 +19,12 @@ namespace {
 using namespace lum;
 
 std::string OneFontPdf() {
-    std::string out = "%PDF-1.7\n";
-    const char* objs[] = {
+    return test::BuildPdf({
         "<< /Type /Catalog /Pages 2 0 R >>",
         "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
         "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] >>",
         "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica /Encoding /WinAnsiEncoding >>",
-    };
-    std::string xref = "xref\n0 5\n0000000000 65535 f \n";
-    for (int i = 0; i < 4; ++i) {
-        char row[32];
-        std::snprintf(row, sizeof row, "%010zu 00000 n \n", out.size());
-        xref += row;
-        out += std::to_string(i + 1) + " 0 obj\n" + objs[i] + "\nendobj\n";
-    }
-    const size_t at = out.size();
-    return out + xref + "trailer\n<< /Size 5 /Root 1 0 R >>\nstartxref\n" + std::to_string(at) + "\n%%EOF\n";
+    });
 }
 
 struct Doc {

@@ -13,26 +13,15 @@
 #include "Common/Exception.h"
 #include "PDF/Ferrox.h"
 #include "PDF/PDFDoc.h"
+#include "bench/ContentFiles.h"
 #include "PDF/TextExtractor.h"
 #include "PDF/Text/TextCapture.h"
 
 namespace {
 
 using namespace lum;
-namespace fs = std::filesystem;
 
-const fs::path kRepo = LUM_SOURCE_DIR;
-
-std::vector<std::string> Files() {
-    std::vector<std::string> out;
-    std::ifstream list(kRepo / "bench" / "content_files.txt");
-    const fs::path corpus = kRepo.parent_path() / "shared" / "corpus";
-    for (std::string line; std::getline(list, line);) {
-        if (line.empty() || line[0] == '#') continue;
-        if (fs::exists(corpus / line)) out.push_back((corpus / line).string());
-    }
-    return out;
-}
+using lum::bench::ContentFiles;
 
 // Counts the characters that reach the layout.
 class Counter final : public PDF::CaptureTrace {
@@ -51,7 +40,7 @@ std::vector<Loaded>& Documents() {
     static std::vector<Loaded> docs = [] {
         PDF::Ferrox::Initialize();
         std::vector<Loaded> out;
-        for (const std::string& f : Files()) {
+        for (const std::string& f : ContentFiles()) {
             try {
                 Loaded l;
                 l.doc = std::make_unique<PDF::PDFDoc>(f);

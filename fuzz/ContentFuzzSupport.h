@@ -14,6 +14,7 @@
 #include "PDF/Ferrox.h"
 #include "PDF/Font/Font.h"
 #include "PDF/PDFDoc.h"
+#include "tests/PDF/PdfBuilder.h"
 
 namespace lum::fuzz {
 
@@ -52,22 +53,7 @@ inline std::string ContentPdf(const std::string& content) {
         "<< /ShadingType 2 /ColorSpace /DeviceRGB /Coords [0 0 1 1] /BBox [0 0 5 5] >>",
         Stream("", content),
     };
-    std::string out = "%PDF-1.7\n";
-    std::vector<size_t> offsets;
-    for (size_t i = 0; i < objects.size(); ++i) {
-        offsets.push_back(out.size());
-        out += std::to_string(i + 1) + " 0 obj\n" + objects[i] + "\nendobj\n";
-    }
-    const size_t xref = out.size();
-    out += "xref\n0 " + std::to_string(objects.size() + 1) + "\n0000000000 65535 f\r\n";
-    for (size_t off : offsets) {
-        char row[32];
-        std::snprintf(row, sizeof row, "%010zu 00000 n\r\n", off);
-        out += row;
-    }
-    out += "trailer\n<< /Size " + std::to_string(objects.size() + 1) +
-           " /Root 1 0 R >>\nstartxref\n" + std::to_string(xref) + "\n%%EOF\n";
-    return out;
+    return test::BuildPdf(objects);
 }
 
 // Everything a client asks of an element; Type 3 glyphs are entered for the first character.

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "tests/PDF/PdfBuilder.h"
 #include "Common/Exception.h"
 #include "Filters/ExtBufInputFilter.h"
 #include "PDF/Ferrox.h"
@@ -43,19 +44,7 @@ std::string FontPdf(const std::string& font_body, const std::string& descendant)
             : descendant,
         Stream("", "100 0 d0 0 0 100 100 re f"),
     };
-    std::string out = "%PDF-1.7\n";
-    std::string rows;
-    for (size_t i = 0; i < std::size(objects); ++i) {
-        char row[32];
-        std::snprintf(row, sizeof row, "%010zu 00000 n\r\n", out.size());
-        rows += row;
-        out += std::to_string(i + 1) + " 0 obj\n" + objects[i] + "\nendobj\n";
-    }
-    const size_t xref = out.size();
-    out += "xref\n0 " + std::to_string(std::size(objects) + 1) + "\n0000000000 65535 f\r\n" + rows;
-    out += "trailer\n<< /Size " + std::to_string(std::size(objects) + 1) +
-           " /Root 1 0 R >>\nstartxref\n" + std::to_string(xref) + "\n%%EOF\n";
-    return out;
+    return test::BuildPdf({std::begin(objects), std::end(objects)});
 }
 
 }  // namespace

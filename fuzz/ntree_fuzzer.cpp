@@ -18,6 +18,7 @@
 #include "SDF/NTree.h"
 #include "SDF/Obj.h"
 #include "SDF/SDFDoc.h"
+#include "tests/PDF/PdfBuilder.h"
 
 namespace {
 
@@ -45,22 +46,7 @@ std::string BuildPdf(const UInt8* data, size_t size, int key) {
         objects.emplace_back(p, q);
         p = q + 1;
     }
-    std::string out = "%PDF-1.7\n";
-    std::vector<size_t> offsets;
-    for (size_t i = 0; i < objects.size(); ++i) {
-        offsets.push_back(out.size());
-        out += std::to_string(i + 1) + " 0 obj\n" + objects[i] + "\nendobj\n";
-    }
-    const size_t xref = out.size();
-    out += "xref\n0 " + std::to_string(objects.size() + 1) + "\n0000000000 65535 f\r\n";
-    for (size_t off : offsets) {
-        char row[32];
-        std::snprintf(row, sizeof row, "%010zu 00000 n\r\n", off);
-        out += row;
-    }
-    out += "trailer\n<< /Size " + std::to_string(objects.size() + 1) +
-           " /Root 1 0 R >>\nstartxref\n" + std::to_string(xref) + "\n%%EOF\n";
-    return out;
+    return test::BuildPdf(objects);
 }
 
 template <class F>

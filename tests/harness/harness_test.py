@@ -21,8 +21,8 @@ REPO = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__)
 def load_tool(name):
     path = os.path.join(REPO, "tools", name)
     loader = importlib.machinery.SourceFileLoader(name.replace("-", "_"), path)
-    spec = importlib.util.spec_from_loader(loader.name, loader)
-    module = importlib.util.module_from_spec(spec)
+    loader_entry = importlib.util.spec_from_loader(loader.name, loader)
+    module = importlib.util.module_from_spec(loader_entry)
     loader.exec_module(module)
     return module
 
