@@ -11,29 +11,21 @@
 // usage error.
 #include <cstdio>
 #include <cstring>
-#include <exception>
 #include <map>
-#include <set>
 #include <string>
-#include <vector>
 
-#include "Apps/Bindery/misc/ParsePages.h"
 #include "Common/Exception.h"
-#include "Common/UString.h"
 #include "PDF/Color/ColorSpaceCache.h"
 #include "PDF/Color/DeviceColor.h"
 #include "PDF/ElementReader.h"
-#include "PDF/Ferrox.h"
-#include "PDF/PDFDoc.h"
 #include "PDF/Page.h"
+#include "tools/PageWalkTool.h"
 
 using namespace lum;
 
 namespace {
 
 struct Settings {
-    std::string pages = "-";
-    const char* password = nullptr;
     bool summary = false;
 };
 
@@ -109,64 +101,40 @@ void Walk(PDF::ElementReader& reader, Int32 page, PDF::Color::ColorSpaceCache& c
     }
 }
 
-bool ProcessFile(const char* path, const Settings& s) {
+void ProcessPage(const char* path, Int32 n, PDF::PageIterator it, PDF::PDFDoc& doc,
+                 const Settings& s) {
+    if (it == doc.GetPageIteratorEnd() || !it->IsValid()) return;
+    PDF::ElementReader reader;
+    PDF::Color::ColorSpaceCache cache;
+    PageTally tally;
+    std::string status = "ok";
     try {
-        PDF::PDFDoc doc(path);
-        if (s.password) doc.InitStdSecurityHandler(UString(s.password, -1, enc_ascii));
-        std::set<Int32> pages;
-        Bindery::ParsePages(s.pages, pages, doc.GetPageCount());
-        const PDF::PageIterator end = doc.GetPageIteratorEnd();
-        for (Int32 n : pages) {
-            PDF::PageIterator it = doc.GetPageIterator(n);
-            if (it == end || !it->IsValid()) continue;
-            PDF::ElementReader reader;
-            PDF::Color::ColorSpaceCache cache;
-            PageTally tally;
-            std::string status = "ok";
-            try {
-                reader.Begin(*it);
-                Walk(reader, n, cache, s, tally);
-            } catch (const Common::Exception& e) {
-                status = std::string("ended: ") + e.GetMessage();
-            }
-            if (!s.summary) continue;
-            std::printf("%s\t%d\t%s\tstrings=%lu\tnot_black=%lu", path, n, status.c_str(),
-                        tally.strings, tally.not_black);
-            for (const auto& [family, count] : tally.families) std::printf("\t%s=%lu", family.c_str(), count);
-            std::printf("\n");
-        }
-        return true;
+        reader.Begin(*it);
+        Walk(reader, n, cache, s, tally);
     } catch (const Common::Exception& e) {
-        std::printf("%s: cannot open: %s\n", path, e.GetMessage().c_str());
-    } catch (const std::exception& e) {
-        std::printf("%s: cannot open (%s)\n", path, e.what());
+        status = std::string("ended: ") + e.GetMessage();
     }
-    return false;
+    if (!s.summary) return;
+    std::printf("%s\t%d\t%s\tstrings=%lu\tnot_black=%lu", path, n, status.c_str(), tally.strings,
+                tally.not_black);
+    for (const auto& [family, count] : tally.families) std::printf("\t%s=%lu", family.c_str(), count);
+    std::printf("\n");
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     Settings s;
-    std::vector<const char*> files;
-    for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--summary") == 0)
-            s.summary = true;
-        else if (std::strcmp(argv[i], "--pages") == 0 && i + 1 < argc)
-            s.pages = argv[++i];
-        else if (std::strcmp(argv[i], "--password") == 0 && i + 1 < argc)
-            s.password = argv[++i];
-        else
-            files.push_back(argv[i]);
-    }
-    if (files.empty()) {
+    DevTool::PageWalkOptions options;
+    const bool named = DevTool::ParsePageWalkOptions(argc, argv, options, [&](int i) {
+        if (std::strcmp(argv[i], "--summary") != 0) return 0;
+        s.summary = true;
+        return 1;
+    });
+    if (!named) {
         std::fprintf(stderr, "usage: colors [--pages LIST] [--password PW] [--summary] FILE...\n");
         return 2;
     }
-    PDF::Ferrox::Initialize();
-    int status = 0;
-    for (const char* file : files)
-        if (!ProcessFile(file, s)) status = 1;
-    PDF::Ferrox::Terminate();
-    return status;
+    return DevTool::WalkChosenPages(options, [&](const char* path, Int32 n, PDF::PageIterator it,
+                                                 PDF::PDFDoc& doc) { ProcessPage(path, n, it, doc, s); });
 }

@@ -13,28 +13,20 @@
 // "none"). Exit status: 0 when every file opened, 1 otherwise, 2 for a usage error.
 #include <cstdio>
 #include <cstring>
-#include <exception>
-#include <set>
 #include <string>
-#include <vector>
 
-#include "Apps/Bindery/misc/ParsePages.h"
 #include "Common/Exception.h"
-#include "Common/UString.h"
 #include "PDF/ElementReader.h"
-#include "PDF/Ferrox.h"
 #include "PDF/Font/Font.h"
-#include "PDF/PDFDoc.h"
 #include "PDF/Page.h"
 #include "SDF/Obj.h"
+#include "tools/PageWalkTool.h"
 
 using namespace lum;
 
 namespace {
 
 struct Settings {
-    std::string pages = "-";
-    const char* password = nullptr;
     bool summary = false;
     bool structure = false;
     bool forms = true;
@@ -155,72 +147,49 @@ void Walk(PDF::ElementReader& reader, const Settings& s, PageCounts& counts, int
     }
 }
 
-bool ProcessFile(const char* path, const Settings& s) {
-    try {
-        PDF::PDFDoc doc(path);
-        if (s.password) doc.InitStdSecurityHandler(UString(s.password, -1, enc_ascii));
-        const Int32 page_count = doc.GetPageCount();
-        std::set<Int32> pages;
-        Bindery::ParsePages(s.pages, pages, page_count);
-        const PDF::PageIterator end = doc.GetPageIteratorEnd();
-        for (Int32 n : pages) {
-            PDF::PageIterator it = doc.GetPageIterator(n);
-            if (it == end || !it->IsValid()) {
-                std::printf("%s page %d: not found\n", path, n);
-                continue;
-            }
-            if (!s.summary && !s.structure) std::printf("%s page %d\n", path, n);
-            PDF::ElementReader reader;
-            PageCounts counts;
-            std::string status = "ok";
-            try {
-                reader.Begin(*it);
-                Walk(reader, s, counts, 1, Place{n, it->GetSDFObj()});
-            } catch (const Common::Exception& e) {
-                status = std::string("ended: ") + e.GetMessage();
-            }
-            std::printf("%s page %d: %s elements=%lu text=%lu forms=%lu textops=%llu\n", path, n,
-                        status.c_str(), counts.elements, counts.text, counts.forms,
-                        static_cast<unsigned long long>(reader.GetTextOperatorCount()));
-        }
-        return true;
-    } catch (const Common::Exception& e) {
-        std::printf("%s: cannot open: %s\n", path, e.GetMessage().c_str());
-    } catch (const std::exception& e) {
-        std::printf("%s: cannot open (%s)\n", path, e.what());
+void ProcessPage(const char* path, Int32 n, PDF::PageIterator it, PDF::PDFDoc& doc,
+                 const Settings& s) {
+    if (it == doc.GetPageIteratorEnd() || !it->IsValid()) {
+        std::printf("%s page %d: not found\n", path, n);
+        return;
     }
-    return false;
+    if (!s.summary && !s.structure) std::printf("%s page %d\n", path, n);
+    PDF::ElementReader reader;
+    PageCounts counts;
+    std::string status = "ok";
+    try {
+        reader.Begin(*it);
+        Walk(reader, s, counts, 1, Place{n, it->GetSDFObj()});
+    } catch (const Common::Exception& e) {
+        status = std::string("ended: ") + e.GetMessage();
+    }
+    std::printf("%s page %d: %s elements=%lu text=%lu forms=%lu textops=%llu\n", path, n,
+                status.c_str(), counts.elements, counts.text, counts.forms,
+                static_cast<unsigned long long>(reader.GetTextOperatorCount()));
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     Settings s;
-    std::vector<const char*> files;
-    for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--summary") == 0)
-            s.summary = true;
-        else if (std::strcmp(argv[i], "--struct") == 0)
-            s.structure = true;
-        else if (std::strcmp(argv[i], "--no-forms") == 0)
-            s.forms = false;
-        else if (std::strcmp(argv[i], "--pages") == 0 && i + 1 < argc)
-            s.pages = argv[++i];
-        else if (std::strcmp(argv[i], "--password") == 0 && i + 1 < argc)
-            s.password = argv[++i];
-        else
-            files.push_back(argv[i]);
-    }
-    if (files.empty()) {
+    DevTool::PageWalkOptions options;
+    const bool named = DevTool::ParsePageWalkOptions(argc, argv, options, [&](int i) {
+        bool* const flags[] = {&s.summary, &s.structure, &s.forms};
+        const bool values[] = {true, true, false};
+        const char* const names[] = {"--summary", "--struct", "--no-forms"};
+        for (int k = 0; k < 3; ++k)
+            if (std::strcmp(argv[i], names[k]) == 0) {
+                *flags[k] = values[k];
+                return 1;
+            }
+        return 0;
+    });
+    if (!named) {
         std::fprintf(stderr,
                      "usage: elements [--pages LIST] [--password PW] [--summary] [--struct] "
                      "[--no-forms] FILE...\n");
         return 2;
     }
-    PDF::Ferrox::Initialize();
-    int status = 0;
-    for (const char* file : files)
-        if (!ProcessFile(file, s)) status = 1;
-    PDF::Ferrox::Terminate();
-    return status;
+    return DevTool::WalkChosenPages(options, [&](const char* path, Int32 n, PDF::PageIterator it,
+                                                 PDF::PDFDoc& doc) { ProcessPage(path, n, it, doc, s); });
 }
