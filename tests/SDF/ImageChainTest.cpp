@@ -11,13 +11,13 @@
 #include "SDF/Obj.h"
 
 using namespace lum::SDF;
-using lum::objtest::ReadAll;
-using lum::UInt8;
+using namespace lum;
+using namespace lum::test;
 
 namespace {
 
 std::unique_ptr<FileStream> MakeStream(const std::string& dict, const std::string& data) {
-    lum::objtest::MemParser p(dict);
+    lum::test::MemParser p(dict);
     p.One();
     auto* d = static_cast<Dict*>(p->PopObjNoDelete());
     return std::make_unique<FileStream>(d, std::vector<UInt8>(data.begin(), data.end()));

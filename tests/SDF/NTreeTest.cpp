@@ -12,13 +12,8 @@
 #include "SDF/NTreeIndex.h"
 
 using namespace lum::SDF;
-using lum::Int32;
-using lum::UInt32;
-using lum::objtest::CatchFailure;
-using lum::objtest::Dump;
-using lum::objtest::MemDoc;
-using lum::objtest::PdfObject;
-using lum::objtest::WithObjects;
+using namespace lum;
+using namespace lum::test;
 
 namespace {
 

@@ -9,12 +9,8 @@
 #include "SDF/ObjParser.h"
 
 using namespace lum::SDF;
-using lum::UInt32;
-using lum::objtest::BaseObjects;
-using lum::objtest::BuildPdf;
-using lum::objtest::Dump;
-using lum::objtest::MemDoc;
-using lum::objtest::PdfObject;
+using namespace lum;
+using namespace lum::test;
 
 namespace {
 

@@ -10,17 +10,13 @@
 #include "SDF/ObjStmParser.h"
 
 using namespace lum::SDF;
-using lum::UInt8;
-using lum::UInt16;
-using lum::UInt32;
-using lum::UInt64;
-using lum::Unicode;
-using lum::objtest::Dump;
+using namespace lum;
+using namespace lum::test;
 
 namespace {
 
 std::unique_ptr<FileStream> MakeObjStm(const std::string& dict, const std::string& data) {
-    lum::objtest::MemParser p(dict);
+    lum::test::MemParser p(dict);
     p.One();
     auto* d = static_cast<Dict*>(p->PopObjNoDelete());
     return std::make_unique<FileStream>(d, std::vector<UInt8>(data.begin(), data.end()));

@@ -14,15 +14,13 @@
 #include "SDF/Obj.h"
 
 using namespace lum::SDF;
-using lum::UInt8;
-using lum::UInt64;
-using lum::Unicode;
-using lum::objtest::Dump;
+using namespace lum;
+using namespace lum::test;
 
 namespace {
 
 std::unique_ptr<Obj> Parse(const std::string& text) {
-    lum::objtest::MemParser p(text);
+    lum::test::MemParser p(text);
     p.One();
     return std::unique_ptr<Obj>(p->PopObjNoDelete());
 }

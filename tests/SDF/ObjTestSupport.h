@@ -3,6 +3,8 @@
 // and parsing bytes from memory.
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -10,11 +12,12 @@
 #include "Common/Exception.h"
 #include "Filters/ExtBufInputFilter.h"
 #include "Filters/FilterReader.h"
+#include "SDF/DocImpl.h"
 #include "SDF/Obj.h"
 #include "SDF/Parser.h"
+#include "SDF/SDFDoc.h"
 
-namespace lum::objtest {
-
+namespace lum::test {
 
 struct Failure {
     bool thrown = false;
@@ -40,7 +43,7 @@ Failure CatchFailure(F&& f) {
 // Expects `stmt` to fail with exactly this message, condition text and function.
 #define EXPECT_LUM_FAILURE(stmt, msg, cond, func)                                  \
     do {                                                                           \
-        const ::lum::objtest::Failure f_ = ::lum::objtest::CatchFailure([&] { stmt; });  \
+        const ::lum::test::Failure f_ = ::lum::test::CatchFailure([&] { stmt; });  \
         EXPECT_TRUE(f_.thrown) << #stmt;                                           \
         EXPECT_EQ(f_.message, msg) << #stmt;                                       \
         EXPECT_EQ(f_.condition, cond) << #stmt;                                    \
@@ -71,11 +74,6 @@ private:
     Filters::ExtBufInputFilter m_filter;
     SDF::Parser m_parser;
 };
-
-}  // namespace lum::objtest
-
-namespace lum::objtest {
-
 
 // A compact text of a value, for comparing structures: numbers with %g, strings with
 // non-printing bytes as \xNN, references as R<num>.
@@ -123,16 +121,6 @@ inline std::string Dump(SDF::Obj* v) {
     return "?";
 }
 
-}  // namespace lum::objtest
-
-#include <cstdio>
-#include <map>
-
-#include "SDF/DocImpl.h"
-#include "SDF/SDFDoc.h"
-
-namespace lum::objtest {
-
 // One object of a hand-made file: its whole text, header included, so that a test can break
 // the header as well as the body.
 struct PdfObject {
@@ -172,17 +160,25 @@ inline std::vector<PdfObject> BaseObjects() {
             {2, "2 0 obj <</Type /Pages /Kids [] /Count 0>> endobj"}};
 }
 
-// A document opened on bytes held in memory.
+// A document opened on bytes that it keeps.
 class MemDoc {
 public:
-    explicit MemDoc(std::string bytes) : m_bytes(std::move(bytes)) {
-        m_doc = std::make_unique<SDF::SDFDoc>(std::make_unique<Filters::ExtBufInputFilter>(
-            reinterpret_cast<const UInt8*>(m_bytes.data()), m_bytes.size()));
+    explicit MemDoc(std::string bytes, bool check_root = true) : m_bytes(std::move(bytes)) {
+        m_doc = std::make_unique<SDF::SDFDoc>(
+            std::make_unique<Filters::ExtBufInputFilter>(
+                reinterpret_cast<const UInt8*>(m_bytes.data()), m_bytes.size()),
+            check_root);
     }
     SDF::SDFDoc& operator*() { return *m_doc; }
     SDF::SDFDoc* operator->() { return m_doc.get(); }
+    SDF::SDFDoc& Doc() { return *m_doc; }
     SDF::DocImpl& Impl() { return *m_doc->GetImpl(); }
     SDF::Indirect* Entry(UInt32 num) { return Impl().GetEntry(num); }
+    SDF::Indirect* Get(UInt32 num) { return Impl().GetObj(num); }
+    // The trailer's dictionary (of a cross-reference stream: the stream, which answers the
+    // dictionary's questions).
+    SDF::Obj* Trailer() { return Impl().GetTrailer()->GetTarget(); }
+    const std::string& Bytes() const { return m_bytes; }
 
 private:
     std::string m_bytes;
@@ -204,4 +200,4 @@ inline std::string WithObjects(std::vector<PdfObject> extra, UInt32 size = 0) {
     return BuildPdf(objs, size);
 }
 
-}  // namespace lum::objtest
+}  // namespace lum::test

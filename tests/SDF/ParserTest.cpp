@@ -8,8 +8,8 @@
 #include "ObjTestSupport.h"
 #include "SDF/Parser.h"
 
-using lum::objtest::Dump;
-using lum::objtest::MemParser;
+using namespace lum;
+using namespace lum::test;
 
 namespace {
 

@@ -10,12 +10,8 @@
 #include "ObjTestSupport.h"
 
 using namespace lum::SDF;
-using lum::objtest::WithObjects;
-using lum::objtest::ReadAll;
-using lum::objtest::BaseObjects;
-using lum::objtest::BuildPdf;
-using lum::objtest::MemDoc;
-using lum::objtest::PdfObject;
+using namespace lum;
+using namespace lum::test;
 
 namespace {
 

@@ -12,12 +12,8 @@
 #include "SDF/Obj.h"
 
 using namespace lum::SDF;
-using lum::objtest::ReadAll;
-using lum::UInt8;
-using lum::UInt16;
-using lum::UInt32;
-using lum::UInt64;
-using lum::Unicode;
+using namespace lum;
+using namespace lum::test;
 
 namespace {
 
@@ -76,7 +72,7 @@ const std::string kPngRows = std::string("\x01\x01\x01\x01\x01\x10\x10\x10", 8);
 
 // A memory stream whose dictionary is written in PDF syntax.
 std::unique_ptr<FileStream> MakeStream(const std::string& dict, const std::string& data) {
-    lum::objtest::MemParser p(dict);
+    lum::test::MemParser p(dict);
     p.One();
     auto* d = static_cast<Dict*>(p->PopObjNoDelete());
     return std::make_unique<FileStream>(d, std::vector<UInt8>(data.begin(), data.end()));

@@ -10,7 +10,8 @@
 
 using lum::SDF::ParseNumberToken;
 using lum::SDF::Parser;
-using lum::objtest::MemParser;
+using namespace lum;
+using namespace lum::test;
 
 namespace {
 

@@ -1,47 +1,12 @@
 #pragma once
-// Helpers for the tests of the document store: documents opened on bytes in memory, a small
-// builder that writes PDFs with right offsets. Failures are caught with CatchFailure of the
-// object tests.
-#include <gtest/gtest.h>
-
+// A small builder that writes PDFs with right offsets, for the tests of the document store.
 #include <cstdio>
 #include <map>
-#include <memory>
 #include <string>
 
-#include "Common/Exception.h"
-#include "Filters/ExtBufInputFilter.h"
-#include "SDF/DocImpl.h"
-#include "SDF/Obj.h"
 #include "SDF/ObjTestSupport.h"
-#include "SDF/SDFDoc.h"
 
 namespace lum::test {
-
-using objtest::CatchFailure;
-using objtest::Failure;
-
-// A document opened on bytes that it keeps.
-class MemDoc {
-public:
-    explicit MemDoc(std::string bytes, bool check_root = true) : m_bytes(std::move(bytes)) {
-        m_doc = std::make_unique<SDF::SDFDoc>(
-            std::make_unique<Filters::ExtBufInputFilter>(
-                reinterpret_cast<const UInt8*>(m_bytes.data()), m_bytes.size()),
-            check_root);
-    }
-    SDF::SDFDoc& Doc() { return *m_doc; }
-    SDF::DocImpl& Impl() { return *m_doc->GetImpl(); }
-    SDF::Indirect* Get(UInt32 num) { return Impl().GetObj(num); }
-    // The trailer's dictionary (of a cross-reference stream: the stream, which answers the
-    // dictionary's questions).
-    SDF::Obj* Trailer() { return Impl().GetTrailer()->GetTarget(); }
-    const std::string& Bytes() const { return m_bytes; }
-
-private:
-    std::string m_bytes;
-    std::unique_ptr<SDF::SDFDoc> m_doc;
-};
 
 // Writes a PDF piece by piece, remembering where each object starts.
 class PdfBuilder {
@@ -73,6 +38,10 @@ public:
         std::snprintf(row, sizeof row, "%010zu %05u %c\r\n", offset, gen, type);
         return row;
     }
+    // The trailer with `dict` inside its brackets, startxref naming `at`, and the end marker.
+    static std::string Trailer(const std::string& dict, size_t at) {
+        return "trailer\n<< " + dict + " >>\nstartxref\n" + std::to_string(at) + "\n%%EOF\n";
+    }
     // "xref" and one subsection over 0..max of the objects written (missing ones free).
     std::string Table(size_t shift = 0) const {
         const UInt32 size = m_offsets.empty() ? 1 : m_offsets.rbegin()->first + 1;
@@ -87,8 +56,7 @@ public:
     std::string WithTable(const std::string& trailer_extra = "/Root 1 0 R") {
         const size_t at = m_out.size();
         const UInt32 size = m_offsets.empty() ? 1 : m_offsets.rbegin()->first + 1;
-        m_out += Table() + "trailer\n<< /Size " + std::to_string(size) + " " + trailer_extra +
-                 " >>\nstartxref\n" + std::to_string(at) + "\n%%EOF\n";
+        m_out += Table() + Trailer("/Size " + std::to_string(size) + " " + trailer_extra, at);
         return m_out;
     }
     const std::string& Bytes() const { return m_out; }
