@@ -8,6 +8,7 @@
 
 #include "Common/Exception.h"
 #include "Filters/Filter.h"
+#include "support/TestSupport.h"
 
 namespace lum::test {
 

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "Common/Exception.h"
 #include "Common/Limits.h"
 #include "ObjBuilder.h"
 #include "PDF/Page.h"
+#include "support/TestSupport.h"
 
 using lum::PDF::Page;
 using lum::PDF::Rect;
@@ -298,13 +298,9 @@ TEST(Page, ValidityAndOwnEntries) {
 
 TEST(Page, MissingResourcesRaise) {
     TwoLevel t(A(), A());
-    try {
-        lum::PDF::IMPL_LUM_PageGetResourceDict(t.page);
-        FAIL();
-    } catch (const lum::Common::Exception& e) {
-        EXPECT_EQ("o != 0", e.GetCondition());
-        EXPECT_STREQ("Page resources not found.", e.what());
-    }
+    const auto f = lum::test::CatchFailure([&] { lum::PDF::IMPL_LUM_PageGetResourceDict(t.page); });
+    EXPECT_EQ("o != 0", f.condition);
+    EXPECT_EQ("Page resources not found.", f.message);
 }
 
 }  // namespace

@@ -15,6 +15,7 @@
 using lum::PDF::PageIterator;
 using lum::PDF::PDFDoc;
 using lum::test::BuildPdf;
+using lum::test::CatchFailure;
 using lum::test::kBadOffset;
 using lum::test::kFree;
 
@@ -206,12 +207,8 @@ TEST(PageTree, RootWithoutKidsThatIsNoPageRaises) {
     for (const char* root :
          {"<< /Type /Pages /Count 1 >>", "<< /Type /Pages /Kids 5 /Count 1 >>", "<< /Count 1 >>"}) {
         Opened f({kCatalog, root});
-        try {
-            f.doc->GetPageIterator(1);
-            FAIL() << root;
-        } catch (const lum::Common::Exception& e) {
-            EXPECT_STREQ("Page root is not valid.", e.what());
-        }
+        EXPECT_EQ("Page root is not valid.", CatchFailure([&] { f.doc->GetPageIterator(1); }).message)
+            << root;
     }
 }
 
@@ -385,13 +382,9 @@ TEST(PageTree, IncrementPastTheEndRaises) {
     PageIterator it = f.doc->GetPageIterator(1);
     ++it;
     EXPECT_TRUE(it == f.doc->GetPageIteratorEnd());
-    try {
-        ++it;
-        FAIL();
-    } catch (const lum::Common::Exception& e) {
-        EXPECT_EQ("m_page.mp_leaf_node != 0 && m_page_number>0", e.GetCondition());
-        EXPECT_STREQ("Invalid increment operation", e.what());
-    }
+    const auto failure = CatchFailure([&] { ++it; });
+    EXPECT_EQ("m_page.mp_leaf_node != 0 && m_page_number>0", failure.condition);
+    EXPECT_EQ("Invalid increment operation", failure.message);
 }
 
 TEST(PageTree, RepeatedEmptySubtreesCostOneVisitEach) {
@@ -419,15 +412,9 @@ TEST(PDFDoc, TrailerWithoutRootGainsTheCatalog) {
 }
 
 TEST(PDFDoc, CatalogWithoutPagesFailsAtThePageCount) {
-    lum::test::TempDir dir;
-    lum::test::WriteFile(dir / "t.pdf", BuildPdf({"<< /Type /Catalog >>"}));
-    try {
-        PDFDoc doc((dir / "t.pdf").string());
-        doc.GetPageCount();
-        FAIL();
-    } catch (const lum::Common::Exception& e) {
-        EXPECT_NE(std::string::npos, std::string(e.what()).find("Pages")) << e.what();
-    }
+    Opened f({"<< /Type /Catalog >>"});
+    const std::string message = CatchFailure([&] { f.doc->GetPageCount(); }).message;
+    EXPECT_NE(std::string::npos, message.find("Pages")) << message;
 }
 
 TEST(PDFDoc, RefreshFormAppearancesClearsTheRequest) {

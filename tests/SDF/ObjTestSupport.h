@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "Common/Exception.h"
+#include "support/TestSupport.h"
 #include "Filters/ExtBufInputFilter.h"
 #include "Filters/FilterReader.h"
 #include "SDF/DocImpl.h"
@@ -18,37 +18,6 @@
 #include "SDF/SDFDoc.h"
 
 namespace lum::test {
-
-struct Failure {
-    bool thrown = false;
-    std::string message;
-    std::string condition;
-    std::string function;
-};
-
-template <class F>
-Failure CatchFailure(F&& f) {
-    Failure r;
-    try {
-        f();
-    } catch (const Common::Exception& e) {
-        r.thrown = true;
-        r.message = e.GetMessage();
-        r.condition = e.GetCondition();
-        r.function = e.GetFunction();
-    }
-    return r;
-}
-
-// Expects `stmt` to fail with exactly this message, condition text and function.
-#define EXPECT_LUM_FAILURE(stmt, msg, cond, func)                                  \
-    do {                                                                           \
-        const ::lum::test::Failure f_ = ::lum::test::CatchFailure([&] { stmt; });  \
-        EXPECT_TRUE(f_.thrown) << #stmt;                                           \
-        EXPECT_EQ(f_.message, msg) << #stmt;                                       \
-        EXPECT_EQ(f_.condition, cond) << #stmt;                                    \
-        EXPECT_EQ(f_.function, func) << #stmt;                                     \
-    } while (0)
 
 // A parser over a copy of `bytes`, with the default container operator.
 class MemParser {

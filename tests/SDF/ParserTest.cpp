@@ -21,14 +21,7 @@ struct ValueCase {
 void ExpectValues(const std::vector<ValueCase>& cases) {
     for (const auto& c : cases) {
         MemParser p(c.input);
-        lum::SDF::Obj* v = nullptr;
-        try {
-            v = p.One();
-        } catch (const lum::Common::Exception& e) {
-            ADD_FAILURE() << c.input << ": " << e.GetMessage();
-            continue;
-        }
-        EXPECT_EQ(Dump(v), c.value) << c.input;
+        EXPECT_EQ(Dump(p.One()), c.value) << c.input;
     }
 }
 

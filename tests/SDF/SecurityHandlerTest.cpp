@@ -44,14 +44,7 @@ struct Doc {
         return SDF::InitStdSecurityHandler(Trailer(), {sec, crypt}, Pwd(password));
     }
     bool OpenChecking() { return SDF::InitSecurityHandler(Trailer(), {sec, crypt}, nullptr, true); }
-    std::string Message(const std::function<void()>& f) {
-        try {
-            f();
-        } catch (const Common::Exception& e) {
-            return e.what();
-        }
-        return "no exception";
-    }
+    std::string Message(const std::function<void()>& f) { return test::CatchFailure(f).message; }
 
     test::TestPdf pdf;
     std::unique_ptr<SecurityHandler> sec, crypt;
@@ -78,15 +71,12 @@ TEST(SecurityHandlerTest, ConstructorRefusesKeySizesTheVersionCannotHave) {
         {0, std::numeric_limits<int>::max(), nullptr},
     };
     for (const Case& c : cases) {
-        try {
+        const auto f = test::CatchFailure([&] {
             SDF::StdSecurityHandler h(c.bits, c.version);
-            EXPECT_EQ(c.message, nullptr) << c.version << "/" << c.bits;
             EXPECT_EQ(h.GetKeyLength(), int((Int64(c.bits) + 7) / 8));
-        } catch (const Common::Exception& e) {
-            ASSERT_NE(c.message, nullptr) << c.version << "/" << c.bits;
-            EXPECT_STREQ(e.what(), c.message);
-            EXPECT_EQ(e.GetCondition(), "false");
-        }
+        });
+        EXPECT_EQ(f.message, c.message ? c.message : "") << c.version << "/" << c.bits;
+        EXPECT_EQ(f.condition, c.message ? "false" : "");
     }
 }
 
@@ -307,16 +297,13 @@ TEST(SecurityHandlerTest, CryptFilterSelection) {
 }
 
 TEST(SecurityHandlerTest, CryptFilterCountBound) {
-    for (size_t count : {Limits::kMaxCryptFilters + 1}) {
-        std::string cf = "<< /Identity << >> ";
-        for (size_t i = 0; i < count; ++i) cf += "/F" + std::to_string(i) + " << /CFM /AESV2 >> ";
-        cf += ">>";
-        Doc d("enc-r4-aes128.pdf");
-        d.Set("CF", cf);
-        d.Set("StmF", "/F0");
-        d.Set("StrF", "/F0");
-        EXPECT_EQ(d.Open("user"), count <= Limits::kMaxCryptFilters) << count;
-    }
+    std::string cf = "<< /Identity << >> ";
+    for (size_t i = 0; i <= Limits::kMaxCryptFilters; ++i) cf += "/F" + std::to_string(i) + " << /CFM /AESV2 >> ";
+    Doc d("enc-r4-aes128.pdf");
+    d.Set("CF", cf + ">>");
+    d.Set("StmF", "/F0");
+    d.Set("StrF", "/F0");
+    EXPECT_FALSE(d.Open("user"));
 }
 
 // Counts the tests, as a document would see the cost of a password.

@@ -59,14 +59,7 @@ TEST(StreamLength, WhatTheReaderDelivers) {
     for (const auto& c : cases) {
         MemDoc doc(WithObjects(c.objects, 6));
         Obj* s = doc->GetObj(3);
-        std::string got;
-        try {
-            got = ReadAll(s->GetRawStream(false));
-        } catch (const lum::Common::Exception& e) {
-            ADD_FAILURE() << c.name << ": " << e.GetMessage();
-            continue;
-        }
-        EXPECT_EQ(got, c.data) << c.name;
+        EXPECT_EQ(ReadAll(s->GetRawStream(false)), c.data) << c.name;
         Obj* len = s->FindObj(e_Length);
         if (c.searched) {
             ASSERT_TRUE(len && len->IsNumber() && !len->IsIndirect()) << c.name;

@@ -123,14 +123,7 @@ TEST(Stream, DecoderChains) {
     };
     for (const auto& c : cases) {
         auto s = MakeStream(c.dict, c.data);
-        std::string got;
-        try {
-            got = ReadAll(s->GetDecodedStream());
-        } catch (const lum::Common::Exception& e) {
-            ADD_FAILURE() << c.name << ": " << e.GetMessage();
-            continue;
-        }
-        EXPECT_EQ(got, c.decoded) << c.name;
+        EXPECT_EQ(ReadAll(s->GetDecodedStream()), c.decoded) << c.name;
         EXPECT_EQ(ReadAll(s->GetRawStream(true)), c.data) << c.name;
     }
 }

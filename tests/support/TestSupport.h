@@ -1,13 +1,47 @@
 #pragma once
-// Helpers shared by every test binary: paths to test data and the shared corpus, temporary
-// folders, and running the built scrivex binary as a user would.
+// Helpers shared by every test binary: failures with their texts, paths to test data and the
+// shared corpus, temporary folders, and running the built scrivex binary as a user would.
 #include <ctime>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "Common/Exception.h"
+
 namespace lum::test {
+
+// The texts of the failure a call raised; `thrown` is false when it returned.
+struct Failure {
+    bool thrown = false;
+    std::string message;
+    std::string condition;
+    std::string function;
+};
+
+template <class F>
+Failure CatchFailure(F&& f) {
+    Failure r;
+    try {
+        f();
+    } catch (const Common::Exception& e) {
+        r.thrown = true;
+        r.message = e.GetMessage();
+        r.condition = e.GetCondition();
+        r.function = e.GetFunction();
+    }
+    return r;
+}
+
+// Expects `stmt` to fail with exactly this message, condition text and function.
+#define EXPECT_LUM_FAILURE(stmt, msg, cond, func)                                  \
+    do {                                                                           \
+        const ::lum::test::Failure f_ = ::lum::test::CatchFailure([&] { stmt; });  \
+        EXPECT_TRUE(f_.thrown) << #stmt;                                           \
+        EXPECT_EQ(f_.message, msg) << #stmt;                                       \
+        EXPECT_EQ(f_.condition, cond) << #stmt;                                    \
+        EXPECT_EQ(f_.function, func) << #stmt;                                     \
+    } while (0)
 
 // Time bounds of tests are stated for Release; sanitized builds run several times slower.
 #if defined(__SANITIZE_ADDRESS__)

@@ -83,12 +83,8 @@ TEST_P(ColorOperators, LastString) {
     MemoryDoc doc(BuildPagePdf(recipe));
     PDF::ElementReader reader;
     Fill last;
-    try {
-        reader.Begin(doc.FirstPage());
-        Walk(reader, last, c.shown);
-    } catch (const Common::Exception& e) {
-        FAIL() << e.GetMessage();
-    }
+    reader.Begin(doc.FirstPage());
+    Walk(reader, last, c.shown);
     EXPECT_EQ(last.type, c.expect.type);
     EXPECT_EQ(last.color, c.expect.color);
     EXPECT_EQ(last.pattern, c.expect.pattern);

@@ -173,14 +173,7 @@ INSTANTIATE_TEST_SUITE_P(Font, FontObjects, ::testing::ValuesIn(kFonts),
 
 TEST(FontHandle, EmptyHandleRaisesBadFontNamingTheOperation) {
     const Font empty;
-    try {
-        empty.GetType();
-        FAIL();
-    } catch (const Common::Exception& e) {
-        EXPECT_EQ(e.GetMessage(), "Bad font");
-        EXPECT_EQ(e.GetCondition(), "mp_impl");
-        EXPECT_EQ(e.GetFunction(), "lum::PDF::Font::GetType");
-    }
+    EXPECT_LUM_FAILURE(empty.GetType(), "Bad font", "mp_impl", "lum::PDF::Font::GetType");
 }
 
 TEST(FontHandle, VerticalMetricsOnlyOnComposite) {
