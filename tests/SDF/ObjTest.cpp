@@ -25,31 +25,6 @@ std::unique_ptr<Obj> Parse(const std::string& text) {
     return std::unique_ptr<Obj>(p->PopObjNoDelete());
 }
 
-TEST(Obj, TypesAndQuestions) {
-    struct Case {
-        const char* text;
-        Obj::Type type;
-        UInt64 size;
-        bool container;
-    };
-    const Case cases[] = {
-        {"null", Obj::e_null, 1, false},      {"true", Obj::e_bool, 1, false},
-        {"4.5", Obj::e_number, 1, false},     {"/N", Obj::e_name, 1, false},
-        {"(abc)", Obj::e_string, 3, false},   {"<<>>", Obj::e_dict, 0, true},
-        {"<</A 1 /B 2>>", Obj::e_dict, 2, true}, {"[1 2 3]", Obj::e_array, 3, true},
-    };
-    for (const auto& c : cases) {
-        auto v = Parse(c.text);
-        EXPECT_EQ(v->GetType(), c.type) << c.text;
-        EXPECT_EQ(v->Size(), c.size) << c.text;
-        EXPECT_EQ(v->IsContainer(), c.container) << c.text;
-        EXPECT_TRUE(v->IsLoaded());
-        EXPECT_FALSE(v->IsIndirect());
-        EXPECT_EQ(v->GetDirect(), v.get());
-        EXPECT_EQ(v->GetDoc(), nullptr);
-    }
-}
-
 TEST(Dict, FindFilterAndGet) {
     // Entry 7 is free, entry 0 is free-looking but stands for the trailer; neither is loaded.
     Indirect free_ref(nullptr, 7, 0, 0, 0);
@@ -150,22 +125,6 @@ TEST(Array, Operations) {
                        "lum::SDF::Array::GetAt");
 }
 
-TEST(Stream, AnswersFromItsDictionary) {
-    auto* dict = new Dict();
-    dict->PutNumber(e_Length, 3);
-    dict->PutName(e_Type, "XObject");
-    FileStream s(dict, std::vector<UInt8>{'a', 'b', 'c'});
-    EXPECT_FALSE(s.IsDict());
-    EXPECT_TRUE(s.IsContainer());
-    EXPECT_TRUE(s.IsStream());
-    EXPECT_EQ(s.GetType(), Obj::e_stream);
-    EXPECT_EQ(s.Size(), 2u);
-    EXPECT_EQ(s.FindObj(e_Type)->GetName(), std::string("XObject"));
-    EXPECT_EQ(s.Get(e_Length)->second->GetNumber(), 3);
-    s.PutNumber("Extra", 1);
-    EXPECT_EQ(dict->Size(), 3u);
-}
-
 TEST(Str, PDFTextAndBack) {
     Str empty;
     EXPECT_EQ(empty.GetBuffer(), nullptr);
@@ -186,7 +145,6 @@ TEST(Str, PDFTextAndBack) {
     Str s;
     s.SetString(lum::UString(Unicode(0x0410)));
     EXPECT_EQ(Dump(&s), "(\\xFE\\xFF\\x04\\x10)");
-
 }
 
 TEST(Name, StaticTableAndHeapNames) {

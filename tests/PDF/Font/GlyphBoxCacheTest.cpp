@@ -6,26 +6,21 @@
 #include <memory>
 #include <string>
 
-#include "Filters/ExtBufInputFilter.h"
-#include "PDF/Ferrox.h"
 #include "FontSupport/Face.h"
 #include "FontSupport/FreeTypeLibrary.h"
+#include "PDF/Content/ContentTestSupport.h"
+#include "PDF/Ferrox.h"
 #include "PDF/Font/Font.h"
 #include "PDF/GlyphBoxCache.h"
 #include "PDF/PDFDoc.h"
-#include "PDF/PdfBuilder.h"
 #include "SDF/Obj.h"
-#include "support/TestSupport.h"
 #include "SDF/SDFDoc.h"
+#include "support/TestSupport.h"
 
 using namespace lum::PDF;
+using lum::test::StreamObj;
 
 namespace {
-
-std::string Stream(const std::string& data, const std::string& entries = "") {
-    return "<< /Length " + std::to_string(data.size()) + " " + entries + " >>\nstream\n" + data +
-           "\nendstream";
-}
 
 // 4 Helvetica; 5 Helvetica with Widths narrower (H) and wider (I) than the
 // standard; 6 a Type 3 font with glyphs a to e; 7.. its procedures; 13 a second Helvetica.
@@ -50,30 +45,20 @@ std::string FontsPdf() {
         " /Encoding << /Type /Encoding /Differences [97 /a /b /c /d /e /f] >>"
         " /FirstChar 97 /LastChar 102 /Widths [500 500 500 500 500 500]"
         " /Resources << /Font << /F3 6 0 R >> >> >>",
-        Stream("500 0 d0 0 0 100 200 re f"),
-        Stream("500 0 d0 0 0 50 50 re W f 0 0 100 200 re f"),
-        Stream("500 0 d0 q 300 0 0 400 10 20 cm BI /W 1 /H 1 /BPC 8 /CS /G ID x EI Q"),
-        Stream("500 0 d0 BT /F3 1000 Tf (d) Tj ET 0 0 10 10 re f"),
-        Stream("500 0 d0"),
-        Stream("500 0 d0 BT /F3 1000 Tf (a) Tj ET"),
+        StreamObj("500 0 d0 0 0 100 200 re f"),
+        StreamObj("500 0 d0 0 0 50 50 re W f 0 0 100 200 re f"),
+        StreamObj("500 0 d0 q 300 0 0 400 10 20 cm BI /W 1 /H 1 /BPC 8 /CS /G ID x EI Q"),
+        StreamObj("500 0 d0 BT /F3 1000 Tf (d) Tj ET 0 0 10 10 re f"),
+        StreamObj("500 0 d0"),
+        StreamObj("500 0 d0 BT /F3 1000 Tf (a) Tj ET"),
         helvetica,
     });
 }
 
 class GlyphBoxes : public ::testing::Test {
 protected:
-    void SetUp() override {
-        Ferrox::Initialize();
-        m_bytes = FontsPdf();
-        m_doc = std::make_unique<PDFDoc>(std::make_unique<lum::Filters::ExtBufInputFilter>(
-            reinterpret_cast<const lum::UInt8*>(m_bytes.data()), m_bytes.size()));
-    }
-    void TearDown() override {
-        m_doc.reset();
-        Ferrox::Terminate();
-    }
-    Font FontAt(lum::UInt32 num) { return Font(static_cast<lum::SDF::Obj*>(m_doc->GetObj(num))); }
-    GlyphBoxCache& Cache() { return GlyphBoxCache::Of(*m_doc->GetImpl()); }
+    Font FontAt(lum::UInt32 num) { return Font(static_cast<lum::SDF::Obj*>(m_doc.Doc().GetObj(num))); }
+    GlyphBoxCache& Cache() { return GlyphBoxCache::Of(*m_doc.Doc().GetImpl()); }
     bool Box(const Font& font, lum::UInt32 code, Rect& box) {
         CharData c;
         c.char_code = code;
@@ -81,8 +66,7 @@ protected:
         return Cache().GetGlyphBox(font, c, box, forms);
     }
 
-    std::string m_bytes;
-    std::unique_ptr<PDFDoc> m_doc;
+    lum::test::MemoryDoc m_doc{FontsPdf()};
 };
 
 TEST_F(GlyphBoxes, StandardFontGlyphsAndBlanks) {
@@ -179,10 +163,6 @@ TEST_F(GlyphBoxes, Type3GlyphsRunThroughTheirContent) {
     EXPECT_NEAR(f.y2, 200, 1e-6);
 }
 
-}  // namespace
-
-namespace {
-
 // A document of three embedded TrueType fonts (the fuzz seed program) shown 5,000 times over:
 // each face is opened once, and what FreeType holds goes with the document.
 TEST(GlyphBoxFaces, OnePerFontAndGoneWithTheDocument) {
@@ -193,7 +173,7 @@ TEST(GlyphBoxFaces, OnePerFontAndGoneWithTheDocument) {
         "<< /Type /Catalog /Pages 2 0 R >>",
         "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
         "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] >>",
-        Stream(program, "/Length1 " + std::to_string(program.size())),
+        StreamObj(program, "/Length1 " + std::to_string(program.size())),
     };
     std::string widths;
     for (int c = 32; c <= 126; ++c) widths += "500 ";

@@ -8,20 +8,13 @@
 #include <vector>
 
 #include "Common/Exception.h"
-#include "Filters/ExtBufInputFilter.h"
-#include "PDF/Ferrox.h"
+#include "PDF/Content/ContentTestSupport.h"
 #include "PDF/Font/Font.h"
-#include "PDF/PDFDoc.h"
-#include "PDF/PdfBuilder.h"
 #include "SDF/Obj.h"
 
 using namespace lum::PDF;
 
 namespace {
-
-std::string Stream(const std::string& data) {
-    return "<< /Length " + std::to_string(data.size()) + " >>\nstream\n" + data + "\nendstream";
-}
 
 std::string Descendant(const char* ordering) {
     return std::string("<< /Type /Font /Subtype /CIDFontType2 /BaseFont /Cid /CIDSystemInfo << /Registry (Adobe) "
@@ -37,7 +30,7 @@ std::string FontsPdf() {
         "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] >>",
         Descendant("Identity"),
         "<< /Type /FontDescriptor /FontName /Cid /Flags 4 >>",
-        Stream("2 beginbfchar <0041> <0061> <0042> <F761> endbfchar"),
+        lum::test::StreamObj("2 beginbfchar <0041> <0061> <0042> <F761> endbfchar"),
         Descendant("Japan1"),
         "<< /Type /Font /Subtype /Type0 /BaseFont /A /Encoding /Identity-H /DescendantFonts [4 0 R] /ToUnicode 6 0 R >>",
         "<< /Type /Font /Subtype /Type0 /BaseFont /B /Encoding /UniJIS-UCS2-H /DescendantFonts [7 0 R] >>",
@@ -50,20 +43,9 @@ std::string FontsPdf() {
 
 class Type0Mapping : public ::testing::Test {
 protected:
-    void SetUp() override {
-        Ferrox::Initialize();
-        m_bytes = FontsPdf();
-        m_doc = std::make_unique<PDFDoc>(std::make_unique<lum::Filters::ExtBufInputFilter>(
-            reinterpret_cast<const lum::UInt8*>(m_bytes.data()), m_bytes.size()));
-    }
-    void TearDown() override {
-        m_doc.reset();
-        Ferrox::Terminate();
-    }
-    Font FontAt(lum::UInt32 num) { return Font(static_cast<lum::SDF::Obj*>(m_doc->GetObj(num))); }
+    Font FontAt(lum::UInt32 num) { return Font(static_cast<lum::SDF::Obj*>(m_doc.Doc().GetObj(num))); }
 
-    std::string m_bytes;
-    std::unique_ptr<PDFDoc> m_doc;
+    lum::test::MemoryDoc m_doc{FontsPdf()};
 };
 
 TEST_F(Type0Mapping, CodesAndUnicode) {
