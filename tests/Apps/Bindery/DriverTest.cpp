@@ -259,51 +259,38 @@ TEST(DriverCli, UnreadableFileAndFolder) {
     EXPECT_TRUE(Contains(r.out, (dir / "z.pdf").string() + "\n" + kLetterLine)) << r.out;
 }
 
-TEST(DriverCli, NoPromptOnEncryptedDocument) {
+// The password step: the option is the first attempt, then up to three prompts (the first says
+// "Wrong password." although none was given; an empty answer is the empty password); a password
+// typed at the prompt serves the later documents; a failure abandons the document only.
+TEST(DriverCli, PasswordStep) {
     TempDir dir;
-    Put(dir, "enc-r2-rc4-40.pdf", "enc.pdf");
+    for (const char* name : {"a.pdf", "b.pdf"}) Put(dir, "enc-r2-rc4-40.pdf", name);
     Put(dir, "pages-one.pdf", "z.pdf");
-    const RunResult r = RunScrivex({"--pageinfo", "--noprompt", "enc.pdf", "z.pdf"}, dir.path());
-    EXPECT_EQ(0, r.status);
-    EXPECT_EQ((dir / "enc.pdf").string() + "\nError: A valid password is required to open: " +
-                  (dir / "enc.pdf").string() + "\n" + (dir / "z.pdf").string() + "\n" + kLetterLine,
-              r.out);
-}
-
-TEST(DriverCli, ThreeWrongPasswordsAbandonTheDocument) {
-    TempDir dir;
-    Put(dir, "enc-r2-rc4-40.pdf", "enc.pdf");
-    Put(dir, "pages-one.pdf", "z.pdf");
+    const std::string a = (dir / "a.pdf").string(), b = (dir / "b.pdf").string();
+    const std::string z = (dir / "z.pdf").string() + "\n" + kLetterLine;
     const std::string prompt = "Wrong password.\nPlease enter the correct password: ";
-    // The first prompt says "Wrong password." although none was given.
-    const RunResult r = RunScrivex({"--pageinfo", "enc.pdf", "z.pdf"}, dir.path(), "a\nb\nc\n");
-    EXPECT_EQ(0, r.status);
-    EXPECT_EQ((dir / "enc.pdf").string() + "\n" + prompt + prompt + prompt +
-                  "Error: Wrong password. Failed to open: " + (dir / "enc.pdf").string() + "\n" +
-                  (dir / "z.pdf").string() + "\n" + kLetterLine,
-              r.out);
-}
-
-TEST(DriverCli, PasswordTypedAtThePromptServesLaterDocuments) {
-    TempDir dir;
-    Put(dir, "enc-r2-rc4-40.pdf", "a.pdf");
-    Put(dir, "enc-r2-rc4-40.pdf", "b.pdf");
-    const std::string prompt = "Wrong password.\nPlease enter the correct password: ";
-    // A wrong answer, an empty one (tried as the empty password) and the right one; the
-    // second document opens without a prompt.
-    RunResult r = RunScrivex({"--pageinfo", "a.pdf", "b.pdf"}, dir.path(), "x\n\nuser\n");
-    EXPECT_EQ(0, r.status);
     const std::string report = "595.28, 841.89, 0, 0, 595.28, 841.89, 0, 0, 595.28, 841.89, 0\n";
-    EXPECT_TRUE(Contains(r.out, prompt + prompt + prompt + report)) << r.out;
-    EXPECT_TRUE(Contains(r.out, (dir / "b.pdf").string() + "\n" + report)) << r.out;
-    // The password option is the first attempt; a wrong one goes to the prompt.
-    r = RunScrivex({"--pageinfo", "--pass", "user", "a.pdf"}, dir.path());
-    EXPECT_FALSE(Contains(r.out, "Wrong password")) << r.out;
-    r = RunScrivex({"--pageinfo", "--pass", "nope", "--noprompt", "a.pdf"}, dir.path());
-    EXPECT_TRUE(Contains(r.out, "Error: A valid password is required to open: ")) << r.out;
-    // The owner password opens it too.
-    r = RunScrivex({"--pageinfo", "--pass", "owner", "a.pdf"}, dir.path());
-    EXPECT_FALSE(Contains(r.out, "Error")) << r.out;
+    struct Case {
+        std::vector<std::string> args;
+        std::string input, out;
+    } cases[] = {
+        {{"--noprompt", "a.pdf", "z.pdf"}, "",
+         a + "\nError: A valid password is required to open: " + a + "\n" + z},
+        {{"a.pdf", "z.pdf"}, "a\nb\nc\n",
+         a + "\n" + prompt + prompt + prompt + "Error: Wrong password. Failed to open: " + a + "\n" + z},
+        {{"a.pdf", "b.pdf"}, "x\n\nuser\n", a + "\n" + prompt + prompt + prompt + report + b + "\n" + report},
+        {{"--pass", "user", "a.pdf"}, "", a + "\n" + report},
+        {{"--pass", "owner", "a.pdf"}, "", a + "\n" + report},
+        {{"--pass", "nope", "--noprompt", "a.pdf"}, "",
+         a + "\nError: A valid password is required to open: " + a + "\n"},
+    };
+    for (const auto& c : cases) {
+        std::vector<std::string> args{"--pageinfo"};
+        args.insert(args.end(), c.args.begin(), c.args.end());
+        const RunResult r = RunScrivex(args, dir.path(), c.input);
+        EXPECT_EQ(0, r.status);
+        EXPECT_EQ(c.out, r.out) << testing::PrintToString(c.args);
+    }
 }
 
 }  // namespace
