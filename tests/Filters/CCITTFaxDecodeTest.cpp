@@ -119,7 +119,7 @@ TEST(CCITTFaxDecode, MatchesLibtiffEncoders) {
 // black as 0: w8 is FF, w2 b4 w2 is C3, w1 b7 is 80.
 const char* const kEol = "000000000001 ";
 
-TEST(CCITTFaxDecode, EndOfDataAndRowCounts) {
+TEST(CCITTFaxDecode, EndOfDataRowCountsAndDamage) {
     struct Case {
         const char* what;
         std::string bits;
@@ -127,7 +127,11 @@ TEST(CCITTFaxDecode, EndOfDataAndRowCounts) {
         bool eol;
         Int64 rows;
         std::string want;
+        Int64 damaged_before_error = 0;
     };
+    // A row that stops on an invalid code (nine zeros and a one), then the EOL of the next.
+    const std::string bad = std::string(kEol) + "0000000001 1011 ";
+    const std::string good = std::string(kEol) + "0111 011 0111 ";
     const std::string three_rows = "10011  0111 011 0111  000111 00011";
     const Case cases[] = {
         {"data ending after 3 of 10 rows: the last row repeats", three_rows, 0, false, 10,
@@ -147,6 +151,20 @@ TEST(CCITTFaxDecode, EndOfDataAndRowCounts) {
          2, true, 0, Rows({0xFF, 0xC3})},
         {"K > 0 starting with a two-dimensional row: nothing", std::string(kEol) + "0 1", 2, true,
          0, ""},
+        // Damaged rows.
+        {"the third damaged row ends the data and is delivered", good + bad + bad + bad + good, 0,
+         true, 0, Rows({0xC3, 0xFF, 0xFF, 0xFF}), 2},
+        {"without EndOfLine the first damage ends the data", good + bad + bad + good, 0, false, 0,
+         Rows({0xC3, 0xFF}), 2},
+        {"after a damaged row the decoder finds the next EOL", good + bad + good, 0, true, 0,
+         Rows({0xC3, 0xFF, 0xC3}), 5},
+        {"an EOL inside a row stops it; a row stopping in black ends white",
+         std::string(kEol) + "0111 011 " + good, 0, true, 0, Rows({0xC3, 0xC3}), 5},
+        {"a row stopping in white stays white", std::string(kEol) + "0111 " + good, 0, true, 0,
+         Rows({0xFF, 0xC3}), 5},
+        {"a short row at the end of the data", "0111 011", 0, false, 0, Rows({0xC3})},
+        {"a two-dimensional row overshooting Columns drops its last run", "001 0111 011  0000011",
+         -1, false, 0, Rows({0xC3})},
     };
     for (const auto& c : cases) {
         CCITTFaxParams p;
@@ -154,42 +172,6 @@ TEST(CCITTFaxDecode, EndOfDataAndRowCounts) {
         p.end_of_line = c.eol;
         p.columns = 8;
         p.rows = c.rows;
-        EXPECT_EQ(Hex(Decode(Bits(c.bits), p)), Hex(c.want)) << c.what;
-    }
-}
-
-TEST(CCITTFaxDecode, DamagedRows) {
-    struct Case {
-        const char* what;
-        std::string bits;
-        Int64 k;
-        bool eol;
-        Int64 damaged_before_error;
-        std::string want;
-    };
-    // A row that stops on an invalid code (nine zeros and a one), then the EOL of the next.
-    const std::string bad = std::string(kEol) + "0000000001 1011 ";
-    const std::string good = std::string(kEol) + "0111 011 0111 ";
-    const Case cases[] = {
-        {"the third damaged row ends the data and is delivered", good + bad + bad + bad + good, 0,
-         true, 2, Rows({0xC3, 0xFF, 0xFF, 0xFF})},
-        {"without EndOfLine the first damage ends the data", good + bad + bad + good, 0, false, 2,
-         Rows({0xC3, 0xFF})},
-        {"after a damaged row the decoder finds the next EOL", good + bad + good, 0, true, 5,
-         Rows({0xC3, 0xFF, 0xC3})},
-        {"an EOL inside a row stops it; a row stopping in black ends white",
-         std::string(kEol) + "0111 011 " + good, 0, true, 5, Rows({0xC3, 0xC3})},
-        {"a row stopping in white stays white", std::string(kEol) + "0111 " + good, 0, true, 5,
-         Rows({0xFF, 0xC3})},
-        {"a short row at the end of the data", "0111 011", 0, false, 0, Rows({0xC3})},
-        {"a two-dimensional row overshooting Columns drops its last run",
-         "001 0111 011  0000011", -1, false, 0, Rows({0xC3})},
-    };
-    for (const auto& c : cases) {
-        CCITTFaxParams p;
-        p.k = c.k;
-        p.end_of_line = c.eol;
-        p.columns = 8;
         p.damaged_rows_before_error = c.damaged_before_error;
         EXPECT_EQ(Hex(Decode(Bits(c.bits), p)), Hex(c.want)) << c.what;
     }

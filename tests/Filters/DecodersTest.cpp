@@ -11,20 +11,12 @@
 #include "Filters/RunLengthDecode.h"
 
 using namespace lum::Filters;
+using lum::test::Hex;
 using lum::test::ReadAll;
 using lum::test::Source;
 
 namespace {
 
-std::string Hex(const std::string& s) {
-    static const char* d = "0123456789ABCDEF";
-    std::string r;
-    for (unsigned char c : s) {
-        r += d[c >> 4];
-        r += d[c & 15];
-    }
-    return r;
-}
 
 template <typename D>
 std::string Decode(const std::string& in, size_t window = 1 << 20) {

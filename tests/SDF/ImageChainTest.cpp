@@ -23,15 +23,6 @@ std::unique_ptr<FileStream> MakeStream(const std::string& dict, const std::strin
     return std::make_unique<FileStream>(d, std::vector<UInt8>(data.begin(), data.end()));
 }
 
-std::string Hex(const std::string& s) {
-    static const char kHex[] = "0123456789ABCDEF";
-    std::string out;
-    for (unsigned char c : s) {
-        out += kHex[c >> 4];
-        out += kHex[c & 15];
-    }
-    return out;
-}
 
 struct Case {
     const char* name;

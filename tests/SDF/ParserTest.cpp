@@ -245,9 +245,6 @@ TEST(Parser, SkipHeader) {
     }
 }
 
-}  // namespace
-
-namespace {
 
 // "R" takes the top two operands, wherever they stand, as the object parsers do.
 class RParser : public lum::SDF::Parser {

@@ -17,15 +17,8 @@ using namespace lum::test;
 
 namespace {
 
-std::string Hex(const std::string& s) {
-    static const char kHex[] = "0123456789ABCDEF";
-    std::string out;
-    for (unsigned char c : s) {
-        out += kHex[c >> 4];
-        out += kHex[c & 15];
-    }
-    return out + ">";
-}
+// Data for an ASCIIHexDecode stage, with its end marker.
+std::string AHx(const std::string& s) { return Hex(s) + ">"; }
 
 std::string Deflate(const std::string& s) {
     uLongf n = compressBound(uLong(s.size()));
@@ -90,10 +83,10 @@ TEST(Stream, DecoderChains) {
     const std::vector<Case> cases = {
         {"no filter", "<<>>", "raw bytes", "raw bytes"},
         {"empty array", "<</Filter []>>", "raw bytes", "raw bytes"},
-        {"hex", "<</Filter /ASCIIHexDecode>>", Hex(text), text},
-        {"hex abbreviated", "<</Filter /AHx>>", Hex(text), text},
+        {"hex", "<</Filter /ASCIIHexDecode>>", AHx(text), text},
+        {"hex abbreviated", "<</Filter /AHx>>", AHx(text), text},
         {"a85", "<</Filter /A85>>", a85, text},
-        {"array in order", "<</Filter [/AHx /ASCII85Decode]>>", Hex(a85), text},
+        {"array in order", "<</Filter [/AHx /ASCII85Decode]>>", AHx(a85), text},
         {"flate", "<</Filter /FlateDecode>>", Deflate(text), text},
         {"fl", "<</Filter /Fl>>", Deflate(text), text},
         {"run length", "<</Filter /RL>>", RunLength(text), text},
@@ -103,7 +96,7 @@ TEST(Stream, DecoderChains) {
          Deflate(kPngRows), kPlainRows},
         {"png predictor in arrays",
          "<</Filter [/AHx /Fl] /DecodeParms [null <</Predictor 15 /Columns 3>>]>>",
-         Hex(Deflate(kPngRows)), kPlainRows},
+         AHx(Deflate(kPngRows)), kPlainRows},
         {"predictor 11 on lzw", "<</Filter /LZW /DecodeParms <</Predictor 11 /Columns 3>>>>",
          LzwLiteral(kPngRows), kPlainRows},
         {"predictor 1", "<</Filter /Fl /DecodeParms <</Predictor 1 /Columns 3>>>>",
@@ -116,10 +109,10 @@ TEST(Stream, DecoderChains) {
         {"name with array parms", "<</Filter /Fl /DecodeParms [<</Predictor 12 /Columns 3>>]>>",
          Deflate(kPngRows), kPngRows},
         // A parameter array shorter than the filter array means no parameters for the rest.
-        {"short parms", "<</Filter [/AHx /Fl] /DecodeParms [null]>>", Hex(Deflate(text)), text},
+        {"short parms", "<</Filter [/AHx /Fl] /DecodeParms [null]>>", AHx(Deflate(text)), text},
         // Without a security handler a Crypt stage leaves the chain as it is.
         {"crypt without handler", "<</Filter [/AHx /Crypt] /DecodeParms [null <</Name /X>>]>>",
-         Hex(text), text},
+         AHx(text), text},
     };
     for (const auto& c : cases) {
         auto s = MakeStream(c.dict, c.data);
@@ -130,10 +123,10 @@ TEST(Stream, DecoderChains) {
 
 TEST(Stream, LeaveLastStage) {
     const std::string text = "inner";
-    auto two = MakeStream("<</Filter [/AHx /Fl]>>", Hex(Deflate(text)));
+    auto two = MakeStream("<</Filter [/AHx /Fl]>>", AHx(Deflate(text)));
     EXPECT_EQ(ReadAll(two->GetDecodedStream(true)), Deflate(text));
-    auto one = MakeStream("<</Filter /AHx>>", Hex(text));
-    EXPECT_EQ(ReadAll(one->GetDecodedStream(true)), Hex(text));
+    auto one = MakeStream("<</Filter /AHx>>", AHx(text));
+    EXPECT_EQ(ReadAll(one->GetDecodedStream(true)), AHx(text));
     auto none = MakeStream("<</Filter []>>", "x");
     EXPECT_EQ(ReadAll(none->GetDecodedStream(true)), "x");
 }

@@ -60,6 +60,8 @@ std::filesystem::path DataPath(const std::string& name);
 std::optional<std::filesystem::path> CorpusDir();
 
 std::string ReadFile(const std::filesystem::path& p);
+// Two upper-case hex digits per byte, nothing between them.
+std::string Hex(const std::string& bytes);
 void WriteFile(const std::filesystem::path& p, const std::string& bytes);
 
 // A fresh folder under the system temp folder, removed with everything in it on destruction.

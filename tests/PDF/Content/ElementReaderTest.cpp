@@ -2,6 +2,7 @@
 // and what survives bad content.
 #include <gtest/gtest.h>
 
+#include "Common/Limits.h"
 #include "PDF/Content/ContentTestSupport.h"
 
 namespace lum::test {
@@ -205,11 +206,6 @@ TEST(ElementReader, AMillionOperandsEndInBoundedTime) {
     EXPECT_EQ(Kinds(w), "bTt");
 }
 
-}  // namespace
-}  // namespace lum::test
-
-namespace lum::test {
-namespace {
 
 struct InlineCase {
     const char* name;
@@ -287,14 +283,6 @@ const InlineCase kInline[] = {
 
 INSTANTIATE_TEST_SUITE_P(Content, InlineImages, ::testing::ValuesIn(kInline),
                          [](const auto& p) { return std::string(p.param.name); });
-
-}  // namespace
-}  // namespace lum::test
-
-#include "Common/Limits.h"
-
-namespace lum::test {
-namespace {
 
 // Each bound of the reader at its value and one past it.
 
@@ -383,11 +371,6 @@ TEST(ContentLimits, InlineImageData) {
     }
 }
 
-}  // namespace
-}  // namespace lum::test
-
-namespace lum::test {
-namespace {
 
 // A client that enters the glyph of every character of every Type 3 string, as glyph
 // measuring does; answers the deepest level reached.

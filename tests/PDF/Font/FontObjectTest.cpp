@@ -33,13 +33,11 @@ TEST_P(FontObjects, FromDictionary) {
     PageRecipe recipe;
     recipe.extra = {"<< /Type /Font " + c.dict + " >>"};
     MemoryDoc doc(BuildPagePdf(recipe));
-    try {
-        const Font font(doc.Doc().GetObj(6));
-        EXPECT_STREQ(c.error, "") << "the font was made";
-        if (c.check) c.check(font);
-    } catch (const Common::Exception& e) {
-        EXPECT_EQ(e.GetMessage(), c.error);
-    }
+    EXPECT_EQ(CatchFailure([&] {
+                  const Font font(doc.Doc().GetObj(6));
+                  if (c.check) c.check(font);
+              }).message,
+              c.error);
 }
 
 std::string Widths(int first, int last, double w) {
@@ -218,11 +216,6 @@ TEST(StandardFontNames, Recognition) {
         EXPECT_EQ(PDF::FontImpl::GetStandardFontType(r.name), r.index) << (r.name ? r.name : "null");
 }
 
-}  // namespace
-}  // namespace lum::test
-
-namespace lum::test {
-namespace {
 
 // Object 7 is a ToUnicode stream: <41> to "B", <42> to "fi", and nothing else.
 const std::string kToUnicode = StreamObj(
@@ -304,11 +297,6 @@ TEST(FontMapping, GarbageProgramLeavesAFontThatIsNotEmbedded) {
     EXPECT_EQ(units[0], u'A');  // WinAnsiEncoding behind a TrueType font without a program
 }
 
-}  // namespace
-}  // namespace lum::test
-
-namespace lum::test {
-namespace {
 
 // TrueType programs of tools/gen-test-fonts.py: glyphs .notdef, A (1) and B (2) behind one
 // charmap each.
