@@ -145,34 +145,34 @@ bool Agree(const double* ours, const double* theirs) {
     return true;
 }
 
+// The first two tab-separated fields of each line of a data file; blank lines and comments
+// are left out.
+std::vector<std::pair<std::string, std::string>> DataRows(const std::string& name) {
+    std::vector<std::pair<std::string, std::string>> rows;
+    std::ifstream in(lum::test::DataPath(name));
+    for (std::string line; std::getline(in, line);) {
+        if (line.empty() || line[0] == '#') continue;
+        std::istringstream fields(line);
+        std::string first, second;
+        std::getline(fields, first, '\t');
+        std::getline(fields, second, '\t');
+        rows.emplace_back(first, second);
+    }
+    return rows;
+}
+
 // Files refused by a rule although pdfinfo reads them, with the failure's message.
 std::map<std::string, std::string> KnownRefusals() {
     std::map<std::string, std::string> known;
-    std::ifstream in(lum::test::DataPath("refused-files.tsv"));
-    std::string line;
-    while (std::getline(in, line)) {
-        if (line.empty() || line[0] == '#') continue;
-        std::istringstream fields(line);
-        std::string file, message;
-        std::getline(fields, file, '\t');
-        std::getline(fields, message, '\t');
-        known[file] = message;
-    }
+    for (const auto& [file, message] : DataRows("refused-files.tsv")) known[file] = message;
     return known;
 }
 
+// Pages (0: every page of the file) whose boxes differ on purpose.
 std::set<std::pair<std::string, int>> KnownDifferences() {
     std::set<std::pair<std::string, int>> known;
-    std::ifstream in(lum::test::DataPath("pageinfo-differences.tsv"));
-    std::string line;
-    while (std::getline(in, line)) {
-        if (line.empty() || line[0] == '#') continue;
-        std::istringstream fields(line);
-        std::string file, page;
-        std::getline(fields, file, '\t');
-        std::getline(fields, page, '\t');
+    for (const auto& [file, page] : DataRows("pageinfo-differences.tsv"))
         known.insert({file, page == "*" ? 0 : std::stoi(page)});
-    }
     return known;
 }
 
