@@ -15,6 +15,7 @@
 #include "SDF/Obj.h"
 #include "SDF/SDFDoc.h"
 #include "../ObjBuilder.h"
+#include "support/TestSupport.h"
 
 using namespace lum::PDF::Fnt;
 using lum::UInt16;
@@ -231,15 +232,12 @@ TEST_F(PredefinedCMaps, ByName) {
     auto half_width = CMap::Create(&hw);
     ASSERT_TRUE(half_width);
     EXPECT_EQ(half_width->MapToCID(0x3042), 843u);
-    try {
-        CMap::Create(&missing);
-        ADD_FAILURE() << "no exception";
-    } catch (const CMapNotFoundExc& e) {
-        EXPECT_EQ(e.GetCondition(), "cmap.get()");
-        EXPECT_EQ(e.GetMessage(),
-                  "Searching for 'ferrox.res'. Use Ferrox::SetResourcesPath()\nto set the correct "
-                  "resource path.");
-    }
+    EXPECT_THROW(CMap::Create(&missing), CMapNotFoundExc);
+    const auto f = lum::test::CatchFailure([&] { CMap::Create(&missing); });
+    EXPECT_EQ(f.condition, "cmap.get()");
+    EXPECT_EQ(f.message,
+              "Searching for 'ferrox.res'. Use Ferrox::SetResourcesPath()\nto set the correct "
+              "resource path.");
     // An embedded CMap may build on a predefined one, by operator or by its dictionary.
     auto embedded = Parse("/UniJIS-UCS2-H usecmap 1 begincidchar <3042> 1 endcidchar");
     ASSERT_TRUE(embedded);
