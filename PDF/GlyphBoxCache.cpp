@@ -7,6 +7,7 @@
 #include "Common/Limits.h"
 #include "PDF/Element.h"
 #include "PDF/ElementReader.h"
+#include "PDF/Font/StandardGlyphBoxes.h"
 #include "PDF/Text/TextGeometry.h"
 #include "SDF/Obj.h"
 
@@ -278,6 +279,8 @@ bool GlyphBoxCache::Measure(const Font& font, const CharData& character, Rect& b
     std::vector<UInt8> ops;
     std::vector<double> points;
     try {
+        // Only the control box counts here: a standard font's glyph needn't unpack its program.
+        Fnt::StandardBoxesOnly boxes_only;
         if (!font.GetGlyphPath(character.char_code, ops, points, true, nullptr, false, nullptr))
             return false;
     } catch (const Common::Exception&) {
