@@ -127,8 +127,7 @@ void Ferrox::Initialize() {
     } catch (const Common::Exception&) {
         return;  // no temp folder: nothing to sweep, and nothing on the reading road needs one
     }
-    SweepStaleTempFiles(temp, "Zantrix");
-    SweepStaleTempFiles(temp, "Lum");
+    SweepStaleTempFiles(temp, std::vector<std::string>{"Zantrix", "Lum"});
 }
 
 void Ferrox::Terminate() {
@@ -178,19 +177,31 @@ std::string Ferrox::GetSystemTempPath() {
 }
 
 void Ferrox::SweepStaleTempFiles(const std::string& folder, const std::string& prefix) {
+    SweepStaleTempFiles(folder, std::vector<std::string>{prefix});
+}
+
+void Ferrox::SweepStaleTempFiles(const std::string& folder, const std::vector<std::string>& prefixes) {
     try {
         boost::system::error_code ec;
         if (!fs::is_directory(fs::path(folder), ec) || ec) return;
         // Prefixes are our own constants, free of regular-expression syntax.
-        const boost::regex pattern(prefix + "-(\\d+)-(\\d+)-.*");
+        std::vector<boost::regex> patterns;
+        for (const std::string& prefix : prefixes) patterns.emplace_back(prefix + "-(\\d+)-(\\d+)-.*");
+        // A shared temp folder holds many other files: the prefix is compared before the pattern.
         fs::directory_iterator it(fs::path(folder), ec), end;
         for (; !ec && it != end; it.increment(ec)) {
             const std::string name = it->path().filename().string();
-            boost::smatch m;
-            if (!boost::regex_match(name, m, pattern)) continue;
-            if (ProcessRuns(m[1].str())) continue;
-            boost::system::error_code remove_ec;
-            fs::remove(it->path(), remove_ec);  // a file that can't go stays for a later sweep
+            for (size_t k = 0; k < prefixes.size(); ++k) {
+                boost::smatch m;
+                if (name.compare(0, prefixes[k].size(), prefixes[k]) != 0 ||
+                    !boost::regex_match(name, m, patterns[k]))
+                    continue;
+                if (!ProcessRuns(m[1].str())) {
+                    boost::system::error_code remove_ec;
+                    fs::remove(it->path(), remove_ec);  // a file that can't go stays for a later sweep
+                }
+                break;
+            }
         }
     } catch (...) {
         // A folder that changes under the walk or a name that cannot be converted ends the

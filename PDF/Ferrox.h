@@ -3,6 +3,7 @@
 // and stops it once at the end of the run; both may be called again, and a nested or repeated
 // start without a stop does nothing.
 #include <string>
+#include <vector>
 
 namespace lum::PDF {
 
@@ -23,6 +24,8 @@ public:
     // Removes files named "<prefix>-<pid>-<number>-<anything>" from `folder` whose process no
     // longer runs: what a crashed run left behind. Never raises.
     static void SweepStaleTempFiles(const std::string& folder, const std::string& prefix);
+    // The same for several prefixes, in one reading of the folder.
+    static void SweepStaleTempFiles(const std::string& folder, const std::vector<std::string>& prefixes);
 
 };
 
