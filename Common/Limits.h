@@ -81,6 +81,11 @@ inline constexpr std::size_t kMaxSpareStringBytes = 4096;
 // TJ array rarely has a few hundred; one of a million must be given back.
 inline constexpr std::size_t kMaxSpareArrayItems = 4096;
 
+// Fonts. Opened fonts a content reader remembers by name per resource level; a name past
+// these is looked up each time. A page names a handful; the bound keeps the linear search
+// short on a page that names thousands.
+inline constexpr std::size_t kMaxKnownFontsPerLevel = 64;
+
 // Objects. Pairs read from the head of one object stream (its N). Object numbers in a
 // rebuilt table stop at 2^20 and each pair needs a distinct number to be of use, so more
 // pairs than this can only be hostile; the rest of the head is ignored.

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "Common/Exception.h"
+#include "Common/Limits.h"
 #include "SDF/DocImpl.h"
 #include "SDF/Obj.h"
 #include "SDF/SDFDoc.h"
@@ -51,6 +52,17 @@ SDF::Obj* ContentResources::GetFont(const SDF::Name& name) const {
     SDF::Obj* fallback = doc ? doc->GetDefaultFont() : nullptr;
     if (!fallback) MissingResource(__LINE__);
     return fallback;
+}
+
+Font ContentResources::GetFontHandle(const SDF::Name& name) {
+    const char* text = name.GetName();
+    if (m_levels.empty()) return Font(GetFont(name));
+    std::vector<KnownFont>& known = m_fonts[m_levels.size() - 1];
+    for (const KnownFont& k : known)
+        if (k.name == text) return k.font;
+    Font font(GetFont(name));
+    if (known.size() < Limits::kMaxKnownFontsPerLevel) known.push_back({text, font});
+    return font;
 }
 
 SDF::Obj* ContentResources::GetXObject(const SDF::Name& name) const {

@@ -3,9 +3,11 @@
 // in it, outermost first. A name that the innermost level doesn't hold is searched for in
 // every enclosing level, so that a form that forgot its Resources, or holds only some of
 // them, still finds what it means.
+#include <string>
 #include <vector>
 
 #include "PDF/ColorSpace.h"
+#include "PDF/Font/Font.h"
 #include "PDF/Rect.h"
 #include "SDF/NameTable.h"
 
@@ -23,7 +25,13 @@ public:
 
     // The document gives the default font; may be null (then a missing font is missing).
     void SetDoc(SDF::SDFDoc* doc) { mp_doc = doc; }
-    void Push(SDF::Obj* resources) { m_levels.push_back(resources); }
+    void Push(SDF::Obj* resources) {
+        m_levels.push_back(resources);
+        // The fonts a level found stay right while the levels below it stay: a new level
+        // starts with none.
+        if (m_fonts.size() < m_levels.size()) m_fonts.resize(m_levels.size());
+        m_fonts[m_levels.size() - 1].clear();
+    }
     void Pop() {
         if (!m_levels.empty()) m_levels.pop_back();
     }
@@ -40,6 +48,9 @@ public:
 
     // A name that no level holds gives the document's default font (Helvetica).
     SDF::Obj* GetFont(const SDF::Name& name) const;
+    // The font of GetFont, opened; each name is looked up and opened once per level, since a
+    // page selects the same few fonts again and again.
+    Font GetFontHandle(const SDF::Name& name);
     // These raise "Missing resource" for a name that no level holds.
     SDF::Obj* GetXObject(const SDF::Name& name) const;
     SDF::Obj* GetShading(const SDF::Name& name) const;
@@ -51,7 +62,15 @@ public:
     SDF::Obj* GetExtGState(const SDF::Name& name) const;
 
 private:
+    struct KnownFont {
+        std::string name;
+        Font font;
+    };
+
     std::vector<SDF::Obj*> m_levels;
+    // m_fonts[i]: the fonts found while level i was the innermost; entries past the levels
+    // held are stale and cleared when their level is pushed again.
+    std::vector<std::vector<KnownFont>> m_fonts;
     SDF::SDFDoc* mp_doc = nullptr;
 };
 

@@ -534,8 +534,7 @@ bool ElementReaderImpl::OpMarkedContent(Element::Type kind, bool with_properties
 bool ElementReaderImpl::OpTextFont() {
     if (Argc() < 2) return true;
     const double size = Num(2, 1);
-    SDF::Obj* dict = m_resources.GetFont(NameArg(2, 0));
-    mp_element->State().SetFont(Font(dict), size);
+    mp_element->State().SetFont(m_resources.GetFontHandle(NameArg(2, 0)), size);
     return true;
 }
 

@@ -158,17 +158,32 @@ void PageCollector::TextObject(ElementReader& reader, FormSet& forms) {
     }
 }
 
-bool PageCollector::SetContext(Element& e, CaptureElement& el) {
-    GState& gs = e.GetGState();
-    m_ctx.font = gs.GetFont();
-    const Font& font = m_ctx.font;
+void PageCollector::ReadFont(const Font& font) {
+    m_ctx.known_font = nullptr;
+    m_ctx.font = font;
     const Font::Type type = font.GetType();
     m_ctx.type3 = type == Font::e_Type3;
     m_ctx.composite = type == Font::e_Type0;
     m_ctx.horizontal = font.IsHorizontalMode();
+    if (m_ctx.type3) {
+        m_ctx.type3_matrix = font.GetType3FontMatrix();
+        m_ctx.type3_bbox = font.GetBBox();
+    } else {
+        m_ctx.font_ascent = font.GetAscent();
+        m_ctx.font_descent = font.GetDescent();
+        m_ctx.units_per_em = font.GetUnitsPerEm();
+    }
+    m_ctx.font_obj = font.GetSDFObj();
+    m_ctx.known_font = font.GetImpl();
+}
+
+bool PageCollector::SetContext(Element& e, CaptureElement& el) {
+    GState& gs = e.GetGState();
+    const Font& font = gs.GetFont();
+    if (!font.GetImpl() || font.GetImpl() != m_ctx.known_font) ReadFont(font);
     m_ctx.page = e.GetTextMatrix() * e.GetCTM();
     m_ctx.font_size = gs.GetFontSize();
-    if (!SetElementFrames(m_ctx.page, m_ctx.font_size, el)) return false;
+    if (!m_frames.Set(m_ctx.page, m_ctx.font_size, el)) return false;
     m_ctx.horizontal_scale = gs.GetHorizontalScale() / 100.0;
     m_ctx.render_mode = gs.GetTextRenderMode();
     el.adjustment = e.GetPosAdjustment();
@@ -176,8 +191,8 @@ bool PageCollector::SetContext(Element& e, CaptureElement& el) {
     const double size = m_ctx.font_size, hs = m_ctx.horizontal_scale;
     const Matrix2D scale(hs * size, 0, 0, size, 0, 0);
     if (m_ctx.type3) {
-        const Matrix2D fm = font.GetType3FontMatrix();
-        const Rect bbox = font.GetBBox();
+        const Matrix2D& fm = m_ctx.type3_matrix;
+        const Rect& bbox = m_ctx.type3_bbox;
         m_ctx.type3_x_scale = m_ctx.ascent = m_ctx.descent = 0;
         if (bbox.x2 != bbox.x1 && bbox.y2 != bbox.y1 && fm.m_a != 0 && fm.m_d != 0) {
             m_ctx.type3_x_scale = fm.m_a;
@@ -186,19 +201,19 @@ bool PageCollector::SetContext(Element& e, CaptureElement& el) {
         }
         el.glyph = fm * scale;
     } else {
-        double a = font.GetAscent(), d = font.GetDescent();
+        double a = m_ctx.font_ascent, d = m_ctx.font_descent;
         if (std::fabs(a - d) < 1.0) {
             a = 950;
             d = -350;
         }
         m_ctx.ascent = size * a / 1000;
         m_ctx.descent = size * d / 1000;
-        double u = font.GetUnitsPerEm();
+        double u = m_ctx.units_per_em;
         if (u == 0) u = 1000;
         // Outlines come with y growing downwards.
         el.glyph = Matrix2D(1 / u, 0, 0, -1 / u, 0, 0) * scale;
     }
-    el.font = font.GetSDFObj();
+    el.font = m_ctx.font_obj;
     el.order = m_element_counter;
     el.clip = &Clip();
     SetColor(e, el);

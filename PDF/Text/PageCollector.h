@@ -46,6 +46,14 @@ private:
         double ascent = 0, descent = 0;  // text frame
         Common::Matrix2D page;           // T
         int render_mode = 0;
+        // What the font itself answers, read when the font changes: most elements keep the
+        // font of the one before.
+        FontImpl* known_font = nullptr;
+        SDF::Obj* font_obj = nullptr;
+        double font_ascent = 0, font_descent = 0;
+        int units_per_em = 0;
+        Common::Matrix2D type3_matrix;
+        Rect type3_bbox;
     };
 
     void Walk(ElementReader& reader, FormSet& forms);
@@ -55,6 +63,7 @@ private:
     void RecordOccluder(Element& e);
     // Fills the context and the capture's element; false for a degenerate page matrix.
     bool SetContext(Element& e, CaptureElement& el);
+    void ReadFont(const Font& font);
     void SetColor(Element& e, CaptureElement& el);
     // The box that the advance of a character covers, in the text frame.
     Rect AdvanceBox(const CharData& ch);
@@ -73,6 +82,7 @@ private:
     Int64 m_element_counter = 0;
     std::vector<Rect> m_clips;
     TextContext m_ctx;
+    ElementFrames m_frames;
     UInt8 m_red = 0, m_green = 0, m_blue = 0;  // the fill colour of the element before
     ElementReader* mp_reader = nullptr;
 };

@@ -1,5 +1,7 @@
 #include "PDF/Text/TextCapture.h"
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
 
 #include "Common/Limits.h"
@@ -25,25 +27,44 @@ constexpr double kDirectionScale = 15.91549;
 }  // namespace
 
 bool SetElementFrames(const Matrix2D& t, double font_size, CaptureElement& e) {
+    ElementFrames frames;
+    return frames.Set(t, font_size, e);
+}
+
+bool ElementFrames::Set(const Matrix2D& t, double font_size, CaptureElement& e) {
     const double a = t.m_a, b = t.m_b, c = t.m_c, d = t.m_d;
-    const double s2 = a * a + b * b;
-    if (s2 == 0 || !std::isfinite(s2) || !std::isfinite(c) || !std::isfinite(d) ||
-        !std::isfinite(t.m_h) || !std::isfinite(t.m_v))
-        return false;
-    const double s = std::sqrt(s2);
-    const double cos = a / s, sin = b / s;
-    const double dp = (d * a - c * b) / s;
-    const double shear = ((c * a + d * b) / s2) * (dp / s);
-    const double turn = std::acos(std::max(-1.0, std::min(1.0, cos))) * kDirectionScale;
-    e.direction = static_cast<int>(turn);
+    const UInt64 key[5] = {std::bit_cast<UInt64>(a), std::bit_cast<UInt64>(b),
+                           std::bit_cast<UInt64>(c), std::bit_cast<UInt64>(d),
+                           std::bit_cast<UInt64>(font_size)};
+    if (!m_valid || !std::equal(key, key + 5, m_key)) {
+        std::copy(key, key + 5, m_key);
+        m_valid = true;
+        const double s2 = a * a + b * b;
+        m_degenerate = s2 == 0 || !std::isfinite(s2) || !std::isfinite(c) || !std::isfinite(d);
+        if (!m_degenerate) {
+            const double s = std::sqrt(s2);
+            m_s = s;
+            m_cos = a / s;
+            m_sin = b / s;
+            m_dp = (d * a - c * b) / s;
+            m_shear = ((c * a + d * b) / s2) * (m_dp / s);
+            const double turn = std::acos(std::max(-1.0, std::min(1.0, m_cos))) * kDirectionScale;
+            m_direction = static_cast<int>(turn);
+            m_upright = ApproxEqual(m_cos, 1) && ApproxEqual(-m_sin, 0) && ApproxEqual(m_sin, 0);
+            m_font_height = std::sqrt((font_size * c) * (font_size * c) +
+                                      (font_size * d) * (font_size * d));
+        }
+    }
+    if (m_degenerate || !std::isfinite(t.m_h) || !std::isfinite(t.m_v)) return false;
+    e.direction = m_direction;
     e.page = t;
-    if (ApproxEqual(cos, 1) && ApproxEqual(-sin, 0) && ApproxEqual(sin, 0)) {
+    if (m_upright) {
         e.layout = t;
     } else {
-        e.layout = Matrix2D(s, 0, s * shear, dp, sin * t.m_v + cos * t.m_h,
-                            cos * t.m_v - sin * t.m_h);
+        e.layout = Matrix2D(m_s, 0, m_s * m_shear, m_dp, m_sin * t.m_v + m_cos * t.m_h,
+                            m_cos * t.m_v - m_sin * t.m_h);
     }
-    e.font_height = std::sqrt((font_size * c) * (font_size * c) + (font_size * d) * (font_size * d));
+    e.font_height = m_font_height;
     return true;
 }
 

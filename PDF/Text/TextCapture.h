@@ -33,6 +33,23 @@ struct CaptureElement {
 // or not finite), whose element gives no glyphs.
 bool SetElementFrames(const Matrix2D& t, double font_size, CaptureElement& e);
 
+// SetElementFrames that keeps what the linear part of the matrix and the font size give
+// (the rotation, the direction, the font height) from the call before: the elements of a line
+// differ in their translation only.
+class ElementFrames {
+public:
+    bool Set(const Matrix2D& t, double font_size, CaptureElement& e);
+
+private:
+    UInt64 m_key[5] = {};  // a, b, c, d, font size as bits: -0 and NaN keys stay apart
+    bool m_valid = false;
+    bool m_degenerate = false;
+    bool m_upright = false;
+    double m_s = 0, m_cos = 0, m_sin = 0, m_dp = 0, m_shear = 0;
+    int m_direction = 0;
+    double m_font_height = 0;
+};
+
 // One character of the element, measured.
 struct CaptureChar {
     double x = 0, y = 0;  // origin in the text frame
