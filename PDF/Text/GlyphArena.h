@@ -82,9 +82,32 @@ public:
 
     // Adds a glyph to the open fragment `f`, whose glyphs are the last ones of the table.
     // Raises when the glyph matrix or the page matrix is zero: no box can be computed.
+    // Inline, so that the boxes the capture just computed pass in registers: read back from
+    // memory in other widths than they were written, they stalled on every glyph.
     void AddGlyph(WordFrag& f, const Rect& layout_box, const Quad& page_quad,
                   const Quad& text_quad, Unicode unit, Int32 offset, double baseline, bool at_back,
-                  double x, double y, UInt32 matrices);
+                  double x, double y, UInt32 matrices) {
+        if (f.count > 0) {
+            ExtendBox(f.box, layout_box);
+            MergeQuads(f.quad, page_quad);
+        } else {
+            f.box.x1 = layout_box.x1;
+            f.box.y1 = layout_box.y1;
+            f.box.x2 = layout_box.x2;
+            f.box.y2 = layout_box.y2;
+            f.box.mp_rect = layout_box.mp_rect;
+            f.quad = page_quad;
+            f.first = GlyphCount();
+            f.reversed = !at_back;
+        }
+        const GlyphMatrices& m = m_matrices[matrices];
+        if (m.page_zero || m.glyph_zero) [[unlikely]]
+            CheckMatrices(m, x, y);
+        f.baseline = baseline;
+        // Built whole: a default record first would be zeroed and then overwritten.
+        m_glyphs.push_back(GlyphRecord{page_quad, text_quad, x, y, matrices, offset, unit});
+        ++f.count;
+    }
     // Appends the finished fragment `f` to the table of fragments; answers its index.
     UInt32 CommitFrag(const WordFrag& f) {
         m_frags.push_back(f);
@@ -92,6 +115,10 @@ public:
     }
 
 private:
+    // Raises when the page matrix is zero, or the glyph matrix with the origin (x, y) is:
+    // no box can be computed.
+    [[gnu::noinline]] static void CheckMatrices(const GlyphMatrices& m, double x, double y);
+
     std::vector<GlyphRecord> m_glyphs;
     std::vector<WordFrag> m_frags;
     std::vector<GlyphMatrices> m_matrices;

@@ -35,12 +35,6 @@ bool Normalise(Vec& v) {
     return true;
 }
 
-// Corners in text order on the page axes: x grows along edge 0, y along edge 1.
-bool IsUprightRect(const double* v) {
-    return v[1] == v[3] && v[5] == v[7] && v[0] == v[6] && v[2] == v[4] && v[2] >= v[0] &&
-           v[7] >= v[1];
-}
-
 }  // namespace
 
 Quad QuadOnBox(const Matrix2D& m, const Rect& box) {

@@ -91,7 +91,26 @@ Quad QuadOnBox(const Matrix2D& m, const Rect& box);
 // The union of oriented quads: `quad` becomes the quad, along the mean axes of all of them,
 // that holds `quad` and the `count` quads whose 8 x `count` coordinates start at `others`.
 void MergeQuads(Quad& quad, const double* others, int count);
-inline void MergeQuads(Quad& quad, const Quad& other) { MergeQuads(quad, other.v, 1); }
+
+// Corners in text order on the page axes: x grows along edge 0, y along edge 1.
+inline bool IsUprightRect(const double* v) {
+    return v[1] == v[3] && v[5] == v[7] && v[0] == v[6] && v[2] == v[4] && v[2] >= v[0] &&
+           v[7] >= v[1];
+}
+
+// The case of most text, two upright rectangles, without the call: MergeQuads gives the same.
+inline void MergeQuads(Quad& quad, const Quad& other) {
+    const double* q = quad.v;
+    const double* o = other.v;
+    if (IsUprightRect(q) && IsUprightRect(o) && (q[2] > q[0] || o[2] > o[0]) &&
+        (q[7] > q[1] || o[7] > o[1])) {
+        const double x1 = std::min(q[0], o[0]), y1 = std::min(q[1], o[1]);
+        const double x2 = std::max(q[2], o[2]), y2 = std::max(q[7], o[7]);
+        quad = Quad{{x1, y1, x2, y1, x2, y2, x1, y2}};
+        return;
+    }
+    MergeQuads(quad, other.v, 1);
+}
 
 // True when `box` (after ordering and widening by 1.0 on each side) lies wholly beside `clip`.
 inline bool IsOutside(const Rect& box, const Rect& clip) {
