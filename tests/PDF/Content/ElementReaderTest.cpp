@@ -147,6 +147,23 @@ TEST(ElementReader, FormMatrixAndParentStateReachTheForm) {
     EXPECT_EQ(w.seen[1].ctm, Common::Matrix2D(1, 0, 0, 1, 100, 0));
 }
 
+// A name means the font of the innermost level that holds it, each time it is selected: form
+// Fm's F1 is twice as wide as the page's; Fm2 has no fonts of its own.
+TEST(ElementReader, FontNamesFollowTheLevelInForce) {
+    PageRecipe recipe;
+    recipe.extra = {StreamObj("BT /F1 10 Tf (a) Tj ET", "/Subtype /Form /BBox [0 0 99 99] "
+                                                        "/Resources << /Font << /F1 7 0 R >> >>"),
+                    "<< /Type /Font /Subtype /Type1 /BaseFont /TestWide /FirstChar 97 /LastChar 97 "
+                    "/Widths [1000] /FontDescriptor 5 0 R >>",
+                    StreamObj("BT /F1 10 Tf (a) Tj ET", "/Subtype /Form /BBox [0 0 99 99]")};
+    recipe.resources = "/Font << /F1 4 0 R >> /XObject << /Fm 6 0 R /Fm2 8 0 R >>";
+    recipe.contents = {"BT /F1 10 Tf (a) Tj ET /Fm Do BT /F1 10 Tf (a) Tj ET /Fm2 Do /Fm Do"};
+    const Walked w = WalkPage(recipe);
+    std::vector<double> ends;
+    for (const Seen* s : Texts(w)) ends.push_back(s->end_x);
+    EXPECT_EQ(ends, (std::vector<double>{5, 10, 5, 5, 10})) << w.error;
+}
+
 TEST(ElementReader, EndBeforeTheFormsEndDropsTheRest) {
     PageRecipe recipe;
     recipe.extra = {StreamObj("q Q q Q", "/Subtype /Form"), "null"};
