@@ -253,6 +253,9 @@ void PageCollector::TextElement(Element& e, FormSet& forms) {
     // A Type 3 glyph is measured in the context of the forms being walked: not remembered.
     FontGlyphs* known = m_ctx.type3 ? nullptr : &m_memo.For(font.GetSDFObj());
     GlyphInfo fresh;
+    // One record for all characters, each field set for each: a fresh one per character was
+    // zeroed first.
+    CaptureChar c;
     for (; it != end; ++it) {
         GlyphInfo& g = known ? known->At(it.char_code) : fresh;
         if (!g.known) {
@@ -263,12 +266,13 @@ void PageCollector::TextElement(Element& e, FormSet& forms) {
             g.unit_count = UInt8(std::clamp<UInt32>(count, 1, 4));
             g.known = known != nullptr;
         }
-        CaptureChar c;
         c.x = it.x;
         c.y = it.y;
         c.bytes = it.bytes;
         c.glyph_box = g.box;
         c.has_outline = g.has_outline;
+        c.use_advance = false;
+        c.advance_box = Rect();  // read only for a character without an outline
         if (!c.has_outline) {
             c.advance_box = AdvanceBox(it);
             if (invisible && !drop_invisible) {
