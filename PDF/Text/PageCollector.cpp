@@ -266,8 +266,10 @@ void PageCollector::TextElement(Element& e, FormSet& forms) {
             g.unit_count = UInt8(std::clamp<UInt32>(count, 1, 4));
             g.known = known != nullptr;
         }
-        c.x = it.x;
-        c.y = it.y;
+        // The origin from the element's table, not from the iterator's copy just written:
+        // read back as one pair, that copy stalled on every character.
+        c.x = it.positions[0];
+        c.y = it.positions[1];
         c.bytes = it.bytes;
         c.glyph_box = g.box;
         c.has_outline = g.has_outline;
