@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <cstring>
 #include <utility>
 
 #include "Common/Exception.h"
@@ -266,10 +268,11 @@ void PageCollector::TextElement(Element& e, FormSet& forms) {
             g.unit_count = UInt8(std::clamp<UInt32>(count, 1, 4));
             g.known = known != nullptr;
         }
-        // The origin from the element's table, not from the iterator's copy just written:
-        // read back as one pair, that copy stalled on every character.
-        c.x = it.positions[0];
-        c.y = it.positions[1];
+        // The origin from the element's table, not from the iterator's copy just written, and
+        // as one pair: the capture reads it as one, and a pair read back just after being
+        // written in two halves stalls on every character.
+        static_assert(offsetof(CaptureChar, y) == offsetof(CaptureChar, x) + sizeof(double));
+        std::memcpy(&c.x, it.positions, 2 * sizeof(double));
         c.bytes = it.bytes;
         c.glyph_box = g.box;
         c.has_outline = g.has_outline;
