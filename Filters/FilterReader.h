@@ -48,6 +48,8 @@ public:
     // Skip after looking.
     const UInt8* WindowBegin() const { return m_cur; }
     size_t WindowSize() const { return static_cast<size_t>(m_end - m_cur); }
+    // Skip within the window: `n` is at most WindowSize().
+    void Advance(size_t n) { m_cur += n; }
     // Loads the next window when the current one is used up; false at the end of the data.
     bool Refill();
 

@@ -25,6 +25,8 @@ constexpr size_t kHeaderWindow = 4096;
 constexpr size_t kMaxHeaderLength = 20;
 
 constexpr UInt8 kStringSpecial = 16;
+// Bytes of a word that the tokeniser copies in one fixed-size move.
+constexpr size_t kShortWord = 16;
 // A stop byte for AppendWordBytes that no byte and not the end (-1) can be.
 constexpr int kNoStopByte = -2;  // bytes a literal string can't copy as they stand
 
@@ -257,41 +259,61 @@ inline void Parser::AppendToken(const UInt8* bytes, size_t n) {
 
 // --- Tokens ---
 
-// Byte-wise through the reader's inline Peek/Get: tokens are short, and a call per run would
-// cost more than the run.
+// Both scans walk the reader's window with local pointers and move the reader once per
+// window: byte by byte through Peek and Get, every byte stored into the token made the
+// compiler reload the reader's pointers (a byte store may alias anything).
 void Parser::SkipWhiteSpaceAndComments(Filters::FilterReader& reader) {
+    bool in_comment = false;  // a comment runs through the next LF or CR
     for (;;) {
-        int c = reader.Peek();
-        while (c >= 0 && (gl_char_class[c] & e_white)) {
-            reader.Get();
-            c = reader.Peek();
+        const UInt8* p = reader.WindowBegin();
+        const UInt8* const e = p + reader.WindowSize();
+        if (p == e) {
+            if (!reader.Refill()) return;
+            continue;
         }
-        if (c != '%') return;
-        // A comment runs through the next LF or CR.
-        do {
-            c = reader.Get();
-        } while (c >= 0 && c != '\n' && c != '\r');
+        const UInt8* q = p;
+        for (; q < e; ++q) {
+            const UInt8 c = *q;
+            if (in_comment) {
+                if (c == '\n' || c == '\r') in_comment = false;
+            } else if (c == '%') {
+                in_comment = true;
+            } else if (!(gl_char_class[c] & e_white)) {
+                break;
+            }
+        }
+        reader.Advance(size_t(q - p));
+        if (q < e) return;
     }
 }
 
 template <int kAlsoStopAt>
 inline int Parser::AppendWordBytes() {
-    int c = m_stream.Peek();
-    UInt8* out = m_token.data();
-    size_t n = m_token_size, room = m_token.size() - 1;  // one byte stays for the NUL
-    while (c >= 0 && c != kAlsoStopAt && !(gl_char_class[c] & e_word_end)) {
-        if (n == room) [[unlikely]] {
-            m_token_size = n;
-            GrowToken(n + 2);
-            out = m_token.data();
-            room = m_token.size() - 1;
+    for (;;) {
+        const UInt8* p = m_stream.WindowBegin();
+        const UInt8* const e = p + m_stream.WindowSize();
+        if (p == e) {
+            if (!m_stream.Refill()) return -1;
+            continue;
         }
-        out[n++] = UInt8(c);
-        m_stream.Get();
-        c = m_stream.Peek();
+        const UInt8* q = p;
+        while (q < e && int(*q) != kAlsoStopAt && !(gl_char_class[*q] & e_word_end)) ++q;
+        if (q > p) {
+            const size_t n = size_t(q - p);
+            if (m_token_size + n + 1 > m_token.size()) GrowToken(m_token_size + n + 1);
+            UInt8* out = m_token.data() + m_token_size;
+            // Most words are short: a copy of fixed size is a few moves, a call to copy n
+            // bytes costs more than the word. Bytes copied past the word are never read.
+            if (n <= kShortWord && size_t(e - p) >= kShortWord &&
+                m_token.size() - m_token_size >= kShortWord)
+                std::memcpy(out, p, kShortWord);
+            else
+                std::memcpy(out, p, n);
+            m_token_size += n;
+            m_stream.Advance(n);
+        }
+        if (q < e) return *q;
     }
-    m_token_size = n;
-    return c;
 }
 
 void Parser::ReadToken() {

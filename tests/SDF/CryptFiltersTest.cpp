@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Filters/ExtBufInputFilter.h"
+#include "ObjTestSupport.h"
 #include "SDF/CryptHandler.h"
 #include "SDF/CryptKeys.h"
 #include "SDF/Crypto.h"
@@ -17,6 +18,7 @@ namespace {
 
 using namespace lum;
 using Bytes = std::vector<UInt8>;
+using lum::test::TrickleFilter;
 
 const UInt8 kKey16[16] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
 const UInt8 kKey32[32] = {31, 30, 29, 28, 27, 26, 25, 24, 23, 22, 21, 20, 19, 18, 17, 16,
@@ -43,27 +45,6 @@ Bytes Padded(const std::string& text) {
     b.insert(b.end(), pad, UInt8(pad));
     return b;
 }
-
-// A source that hands out at most `step` bytes per window, as a file behind a small buffer.
-class TrickleFilter final : public Filters::BufFilter {
-public:
-    TrickleFilter(Bytes data, size_t step)
-        : BufFilter(nullptr, step, true), m_data(std::move(data)), m_step(step) {}
-    const char* GetName() const override { return "Trickle"; }
-
-protected:
-    size_t Process() override {
-        const size_t n = std::min(m_step, m_data.size() - m_pos);
-        std::memcpy(m_buf_begin, m_data.data() + m_pos, n);
-        m_pos += n;
-        return n;
-    }
-
-private:
-    Bytes m_data;
-    size_t m_step;
-    size_t m_pos = 0;
-};
 
 Bytes ReadAll(Filters::Filter& f) {
     Bytes out;

@@ -47,9 +47,14 @@ TEST(Tokenizer, NumberEdgeValues) {
     EXPECT_NEAR(ParseNumberToken(frac.data(), frac.size()), 1.0, 1e-12);
 }
 
-// Reads the whole input as a sequence: each value's type letter, or the word in quotes.
-std::string Tokens(const std::string& bytes) {
-    MemParser p(bytes);
+// Reads the whole input as a sequence: each value's type letter, or the word in quotes. With
+// `window`, the bytes come that many at a time, so that words and comments span windows.
+std::string Tokens(const std::string& bytes, size_t window = 0) {
+    lum::test::TrickleFilter trickle(std::vector<lum::UInt8>(bytes.begin(), bytes.end()),
+                                        window ? window : 1);
+    MemParser whole(bytes);
+    Parser parser(nullptr, &trickle);
+    Parser* p = window ? &parser : &*whole;
     std::string out;
     for (int guard = 0; guard < 1000; ++guard) {
         p->ClearStack();
@@ -94,8 +99,11 @@ TEST(Tokenizer, WordBoundaries) {
         {"/A/B /C", "/A /B /C "},
         {"  \t\r\n\f ", ""},
         {"%only a comment", ""},
+        // Words longer than the short copy, and name escapes, across windows.
+        {"abcdefghijklmnopqrstuvwxyz0123 %c\n/Ab#20c#x 0.5", "'abcdefghijklmnopqrstuvwxyz0123' /Ab c#x 0.5 "},
     };
-    for (const auto& c : cases) EXPECT_EQ(Tokens(c.input), c.tokens) << c.input;
+    for (const auto& c : cases)
+        for (size_t window : {0, 1, 3}) EXPECT_EQ(Tokens(c.input, window), c.tokens) << c.input << " " << window;
     // NUL is white space.
     EXPECT_EQ(Tokens(std::string("7\0" "8", 3)), "7 8 ");
 }
