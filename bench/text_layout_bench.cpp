@@ -1,6 +1,7 @@
 // The layout engine from captured characters to the flat store: a page of 10,000 one-glyph
 // runs scattered at random, a book-like page of lines of words drawn word by word, and two
-// columns drawn row by row, and 20,000 words on one baseline. Reports runs (items) per second.
+// columns drawn row by row, 20,000 words on one baseline, and words stacked on one spot.
+// Reports runs (items) per second.
 #include <benchmark/benchmark.h>
 
 #include <random>
@@ -57,7 +58,19 @@ Page OneBaseline(bool stacks) {
     return p;
 }
 
+// Different words drawn on one spot, `depth` deep: every block meets every other in the purge
+// of copies and in the joins of lines and paragraphs.
+Page OneSpot(int depth) {
+    Page p;
+    for (int i = 0; i < depth; ++i)
+        p.runs.push_back({u"w" + std::u16string(size_t(1 + i % 7), char16_t('a' + i % 26)) +
+                              char16_t('a' + i / 26 % 26) + char16_t('a' + i / 676 % 26),
+                          100, 700, 1});
+    return p;
+}
+
 void BM_Scattered10k(benchmark::State& s) { Run(s, Scattered(10000)); }
+void BM_OneSpot(benchmark::State& s) { Run(s, OneSpot(int(s.range(0)))); }
 void BM_OneBaselineStacks(benchmark::State& s) { Run(s, OneBaseline(true)); }
 void BM_OneBaselineSpaced(benchmark::State& s) { Run(s, OneBaseline(false)); }
 void BM_BookPage(benchmark::State& s) { Run(s, Book(60, 1)); }
@@ -67,6 +80,7 @@ void BM_TwoColumns(benchmark::State& s) { Run(s, Book(60, 2)); }
 
 BENCHMARK(BM_Scattered10k)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_OneBaselineStacks)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_OneSpot)->Arg(1000)->Arg(2000)->Arg(4000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_OneBaselineSpaced)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_BookPage)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_TwoColumns)->Unit(benchmark::kMicrosecond);
