@@ -37,6 +37,12 @@ inline constexpr std::size_t kMaxFaxRepeatedBytes = std::size_t(256) << 20;
 // image fails instead. 512 MiB holds a progressive 12,000 x 12,000 colour JPEG.
 inline constexpr std::size_t kMaxImageDecoderMemory = std::size_t(512) << 20;
 
+// Messages. That jbig2dec may report while decoding one JBIG2 image, about one for each
+// symbol and segment: real dictionaries hold tens of thousands of symbols, while a hostile
+// one claims 16 million and has them decoded from no data, for seconds. Beyond the bound the
+// decoder gets no more memory, and the image fails.
+inline constexpr std::size_t kMaxJBIG2DecoderMessages = std::size_t(1) << 20;
+
 // Components. Of one JPEG 2000 codestream (the format allows 16,384). OpenJPEG keeps state
 // per component and tile; images in PDF have at most a DeviceN's 32 colorants and an alpha.
 inline constexpr std::uint32_t kMaxJPXComponents = 64;

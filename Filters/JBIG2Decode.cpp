@@ -1,6 +1,7 @@
 #include "Filters/JBIG2Decode.h"
 
 #include <algorithm>
+#include <csetjmp>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -19,57 +20,100 @@ namespace lum::Filters {
 
 namespace {
 
-// jbig2dec allocates through this, within Limits::kMaxImageDecoderMemory for one decoding:
-// a page header may claim any size, and the page is allocated whole.
-struct BoundedAllocator {
+// One decoding's account with jbig2dec. Memory: within Limits::kMaxImageDecoderMemory, as a
+// page header may claim any size and the page is allocated whole. Work: the module reports (and
+// formats) a message for about each symbol and segment it decodes, and a dictionary claiming
+// millions of symbols has them decoded from no data at all, for seconds, in a loop that neither
+// allocates nor stops on its own. Past Limits::kMaxJBIG2DecoderMessages the decoding is
+// abandoned by a jump back out of the module, and every block it still holds is freed here, as
+// the module's own state is not touched again.
+struct DecoderAccount {
     Jbig2Allocator base;  // first, so that the callbacks find the rest
     size_t total = 0;
+    size_t messages = 0;
+    std::jmp_buf abandon;
 
-    // Each block starts with its size, padded to keep the block aligned.
-    static constexpr size_t kHeader = alignof(std::max_align_t);
+    // Each block starts with this, so that a decoding abandoned midway can free them all.
+    struct alignas(std::max_align_t) Block {
+        Block* prev;
+        Block* next;
+        size_t size;
+    };
+    Block* live = nullptr;
 
-    static BoundedAllocator& Of(Jbig2Allocator* a) { return *reinterpret_cast<BoundedAllocator*>(a); }
+    static DecoderAccount& Of(Jbig2Allocator* a) { return *reinterpret_cast<DecoderAccount*>(a); }
+    static Block* BlockOf(void* p) { return static_cast<Block*>(p) - 1; }
+
+    bool Affords(size_t grow) const {
+        return grow <= Limits::kMaxImageDecoderMemory - std::min(total, Limits::kMaxImageDecoderMemory);
+    }
+
+    void Link(Block* b) {
+        b->prev = nullptr;
+        b->next = live;
+        if (live) live->prev = b;
+        live = b;
+    }
+
+    void Unlink(Block* b) {
+        (b->prev ? b->prev->next : live) = b->next;
+        if (b->next) b->next->prev = b->prev;
+    }
 
     static void* Alloc(Jbig2Allocator* a, size_t size) {
-        BoundedAllocator& self = Of(a);
-        if (size > Limits::kMaxImageDecoderMemory - std::min(self.total, Limits::kMaxImageDecoderMemory))
-            return nullptr;
-        auto* block = static_cast<UInt8*>(std::malloc(size + kHeader));
-        if (!block) return nullptr;
-        std::memcpy(block, &size, sizeof size);
+        DecoderAccount& self = Of(a);
+        if (!self.Affords(size)) return nullptr;
+        auto* b = static_cast<Block*>(std::malloc(sizeof(Block) + size));
+        if (!b) return nullptr;
+        b->size = size;
+        self.Link(b);
         self.total += size;
-        return block + kHeader;
+        return b + 1;
     }
 
     static void Free(Jbig2Allocator* a, void* p) {
         if (!p) return;
-        UInt8* block = static_cast<UInt8*>(p) - kHeader;
-        size_t size;
-        std::memcpy(&size, block, sizeof size);
-        Of(a).total -= size;
-        std::free(block);
+        DecoderAccount& self = Of(a);
+        Block* b = BlockOf(p);
+        self.Unlink(b);
+        self.total -= b->size;
+        std::free(b);
     }
 
     static void* Realloc(Jbig2Allocator* a, void* p, size_t size) {
         if (!p) return Alloc(a, size);
-        UInt8* block = static_cast<UInt8*>(p) - kHeader;
-        size_t old;
-        std::memcpy(&old, block, sizeof old);
-        BoundedAllocator& self = Of(a);
-        if (size > old && size - old > Limits::kMaxImageDecoderMemory - std::min(self.total, Limits::kMaxImageDecoderMemory))
+        DecoderAccount& self = Of(a);
+        Block* b = BlockOf(p);
+        const size_t old = b->size;
+        if (size > old && !self.Affords(size - old)) return nullptr;
+        self.Unlink(b);
+        auto* grown = static_cast<Block*>(std::realloc(b, sizeof(Block) + size));
+        if (!grown) {
+            self.Link(b);  // realloc leaves the block as it was
             return nullptr;
-        auto* grown = static_cast<UInt8*>(std::realloc(block, size + kHeader));
-        if (!grown) return nullptr;
-        std::memcpy(grown, &size, sizeof size);
+        }
+        grown->size = size;
+        self.Link(grown);
         self.total = self.total - old + size;
-        return grown + kHeader;
+        return grown + 1;
     }
 
-    BoundedAllocator() : base{&Alloc, &Free, &Realloc} {}
-};
+    static void Message(void* account, const char*, Jbig2Severity, uint32_t) {
+        DecoderAccount& self = *static_cast<DecoderAccount*>(account);
+        if (++self.messages > Limits::kMaxJBIG2DecoderMessages) std::longjmp(self.abandon, 1);
+    }
 
-// Errors stay with the module; whether a page comes out decides.
-void IgnoreError(void*, const char*, Jbig2Severity, uint32_t) {}
+    void FreeAll() {
+        while (live) {
+            Block* next = live->next;
+            std::free(live);
+            live = next;
+        }
+        total = 0;
+    }
+
+    DecoderAccount() : base{&Alloc, &Free, &Realloc} {}
+};
 
 // Appends everything `f` delivers to `buf`, in steps; false when it grows beyond the bound.
 bool ReadAllInto(Filter* f, std::vector<UInt8>& buf) {
@@ -89,8 +133,15 @@ bool ReadAllInto(Filter* f, std::vector<UInt8>& buf) {
 
 bool DecodeJBIG2Page(const UInt8* data, size_t size, UInt32 width, UInt32 height, UInt8* out,
                      size_t row_size) {
-    BoundedAllocator allocator;
-    Jbig2Ctx* ctx = jbig2_ctx_new(&allocator.base, JBIG2_OPTIONS_EMBEDDED, nullptr, &IgnoreError, nullptr);
+    // Nothing between here and the module's frames has a destructor, so the jump back is sound.
+    DecoderAccount account;
+    if (setjmp(account.abandon) != 0) {
+        account.FreeAll();
+        return false;
+    }
+    // Messages stay with the module (whether a page comes out decides); they are only counted.
+    Jbig2Ctx* ctx = jbig2_ctx_new(&account.base, JBIG2_OPTIONS_EMBEDDED, nullptr, &DecoderAccount::Message,
+                                  &account);
     if (!ctx) return false;
     jbig2_data_in(ctx, data, size);
     // A page whose end segment is missing (or damaged) is ended here and taken as it is.
