@@ -7,7 +7,6 @@
 #include "Common/Limits.h"
 #include "PDF/Element.h"
 #include "PDF/ElementReader.h"
-#include "PDF/Font/StandardGlyphBoxes.h"
 #include "PDF/Text/TextGeometry.h"
 #include "SDF/Obj.h"
 
@@ -276,24 +275,11 @@ bool GlyphBoxCache::Measure(const Font& font, const CharData& character, Rect& b
                             FormSet& forms) {
     box = Rect();
     if (font.GetType() == Font::e_Type3) return MeasureType3(font, character.char_code, box, forms);
-    std::vector<UInt8> ops;
-    std::vector<double> points;
+    Rect b;
     try {
-        // Only the control box counts here: a standard font's glyph needn't unpack its program.
-        Fnt::StandardBoxesOnly boxes_only;
-        if (!font.GetGlyphPath(character.char_code, ops, points, true, nullptr, false, nullptr))
-            return false;
+        if (!font.GetGlyphBox(character.char_code, b)) return false;
     } catch (const Common::Exception&) {
         return false;
-    }
-    if (ops.empty() || points.size() < 2) return false;
-    // Curves count by their control points.
-    Rect b(points[0], points[1], points[0], points[1]);
-    for (size_t i = 2; i + 1 < points.size(); i += 2) {
-        b.x1 = std::min(b.x1, points[i]);
-        b.x2 = std::max(b.x2, points[i]);
-        b.y1 = std::min(b.y1, points[i + 1]);
-        b.y2 = std::max(b.y2, points[i + 1]);
     }
     if (ApproxEqual((b.y2 - b.y1) * (b.x2 - b.x1), 0)) return false;
     box = b;

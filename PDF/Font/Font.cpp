@@ -132,6 +132,7 @@ bool Font::GetGlyphPath(UInt32 code, std::vector<UInt8>& operators, std::vector<
     LUM_FONT_IMPL();
     return impl.GetGlyphPath(code, operators, points, conics_to_cubics, matrix, code_is_glyph, glyph);
 }
+bool Font::GetGlyphBox(UInt32 code, Rect& box) const { LUM_FONT_IMPL(); return impl.GetGlyphBox(code, box); }
 bool Font::HasGlyph(UInt32 code) const { LUM_FONT_IMPL(); return impl.HasGlyph(code); }
 double Font::GetBuiltInWidth(UInt32 code) const { LUM_FONT_IMPL(); return impl.GetBuiltInWidth(code); }
 double Font::GetGlyphWidthByName(const char* name) const { LUM_FONT_IMPL(); return impl.GetGlyphWidthByName(name); }

@@ -126,6 +126,10 @@ public:
     bool GetGlyphPath(UInt32 code, std::vector<UInt8>& operators, std::vector<double>& points,
                       bool conics_to_cubics = true, const Common::Matrix2D* matrix = nullptr,
                       bool code_is_glyph = false, UInt32* glyph = nullptr) const;
+    // The box of the control points of a code's glyph, in the units and orientation of
+    // GetGlyphPath (curves count by their control points); false when there is no outline or
+    // it has no points. A standard font standing in answers from the build-time table.
+    bool GetGlyphBox(UInt32 code, Rect& box) const;
     bool HasGlyph(UInt32 code) const;
     double GetBuiltInWidth(UInt32 code) const;
     double GetGlyphWidthByName(const char* name) const;

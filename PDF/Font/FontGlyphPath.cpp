@@ -18,10 +18,12 @@
 #include "PDF/Font/StandardFonts.h"
 #include "PDF/Font/FontImpl.h"
 #include "PDF/Font/FontSubstitution.h"
+#include "PDF/Font/GlyphControlBox.h"
 #include "PDF/Font/GlyphList.h"
 #include "PDF/Font/GlyphNames.h"
 #include "PDF/Font/SimpleFont.h"
 #include "PDF/Font/StandardFontFaces.h"
+#include "PDF/Font/StandardGlyphBoxes.h"
 #include "PDF/Font/Type0Font.h"
 #include "PDF/FerroxResources.h"
 #include "SDF/Obj.h"
@@ -161,14 +163,15 @@ Fnt::FontSubstitution& FontImpl::Substitution() {
     return *mp_subst;
 }
 
-bool FontImpl::GetSubstituteGlyphPath(UInt32 code, std::vector<UInt8>& operators,
-                                      std::vector<double>& points, bool conics_to_cubics) {
+FontImpl::SubstituteGlyph FontImpl::ResolveSubstitute(UInt32 code) {
+    SubstituteGlyph g;
     Fnt::FontSubstitution& subst = Substitution();
     if (subst.kind == 3) {
         const char* const* names = IsSimple() ? GetEncoding() : nullptr;
-        const char* name = names && code < 256 ? names[code] : nullptr;
-        return GetStandardFontGlyphPath(subst.standard_index, name, GetWidth(code), operators,
-                                        points, conics_to_cubics);
+        g.road = SubstituteGlyph::e_standard;
+        g.standard_index = subst.standard_index;
+        g.name = names && code < 256 ? names[code] : nullptr;
+        return g;
     }
     // The value to draw: the code's Unicode in a simple font, the code itself (already a
     // Unicode value, or a CID in the GID map) in a descendant of a composite font.
@@ -183,51 +186,79 @@ bool FontImpl::GetSubstituteGlyphPath(UInt32 code, std::vector<UInt8>& operators
         if (real && count > 0) {
             value = units[0];
         } else if (code < 30 && !IsSymbolic()) {
-            return false;
+            return g;
         }
     }
     if (!m_gid_map && IsAllCap()) value = std::towupper(static_cast<wint_t>(value));
-    if (!m_gid_map && Fnt::IsSubstituteWhiteSpace(value)) return true;  // an empty path
+    if (!m_gid_map && Fnt::IsSubstituteWhiteSpace(value)) {
+        g.road = SubstituteGlyph::e_empty;
+        return g;
+    }
     if (subst.platform) {
-        GlyphOutline out;
-        const bool by_glyph = m_gid_map;
-        if (!subst.platform->GetGlyphOutline(by_glyph ? m_gid_map_value : value, by_glyph, out))
-            return false;
-        if (conics_to_cubics) {
-            // The system's outlines keep their conics; the caller asked for cubics.
-            GlyphOutline cubic;
-            size_t p = 0;
-            double cx = 0, cy = 0;
-            for (UInt8 op : out.operators) {
-                cubic.operators.push_back(op == FontSupport::e_conicto ? UInt8(FontSupport::e_cubicto) : op);
-                if (op == FontSupport::e_conicto) {
-                    const double qx = out.points[p], qy = out.points[p + 1];
-                    const double ex = out.points[p + 2], ey = out.points[p + 3];
-                    for (double v : {(2 * qx + cx) / 3, (2 * qy + cy) / 3, (2 * qx + ex) / 3,
-                                     (2 * qy + ey) / 3, ex, ey})
-                        cubic.points.push_back(v);
-                    cx = ex;
-                    cy = ey;
-                    p += 4;
-                } else if (op != FontSupport::e_closepath) {
-                    const int n = op == FontSupport::e_cubicto ? 3 : 1;
-                    for (int k = 0; k < 2 * n; ++k) cubic.points.push_back(out.points[p + k]);
-                    cx = out.points[p + 2 * n - 2];
-                    cy = out.points[p + 2 * n - 1];
-                    p += 2 * n;
-                }
-            }
-            out = std::move(cubic);
-        }
-        operators.swap(out.operators);
-        points.swap(out.points);
-        return true;
+        g.road = SubstituteGlyph::e_platform;
+        g.by_glyph = m_gid_map;
+        g.value = g.by_glyph ? m_gid_map_value : value;
+        return g;
     }
     // No system font: the standard font of the flags draws the glyph of the value's name.
-    const char* name = Fnt::AdobeGlyphNameOf(static_cast<UInt16>(value));
-    if (!name) return false;
-    return GetStandardFontGlyphPath(subst.fallback_index, name, GetWidth(code), operators, points,
-                                    conics_to_cubics);
+    g.name = Fnt::AdobeGlyphNameOf(static_cast<UInt16>(value));
+    if (g.name) {
+        g.road = SubstituteGlyph::e_standard;
+        g.standard_index = subst.fallback_index;
+    }
+    return g;
+}
+
+bool FontImpl::GetSubstituteGlyphPath(UInt32 code, std::vector<UInt8>& operators,
+                                      std::vector<double>& points, bool conics_to_cubics) {
+    const SubstituteGlyph g = ResolveSubstitute(code);
+    switch (g.road) {
+        case SubstituteGlyph::e_none:
+            return false;
+        case SubstituteGlyph::e_empty:
+            return true;
+        case SubstituteGlyph::e_standard:
+            return GetStandardFontGlyphPath(g.standard_index, g.name, GetWidth(code), operators,
+                                            points, conics_to_cubics);
+        case SubstituteGlyph::e_platform:
+            break;
+    }
+    GlyphOutline out;
+    if (!Substitution().platform->GetGlyphOutline(g.value, g.by_glyph, out)) return false;
+    if (conics_to_cubics) {
+        // The system's outlines keep their conics; the caller asked for cubics.
+        GlyphOutline cubic;
+        size_t p = 0;
+        double cx = 0, cy = 0;
+        for (UInt8 op : out.operators) {
+            cubic.operators.push_back(op == FontSupport::e_conicto ? UInt8(FontSupport::e_cubicto) : op);
+            if (op == FontSupport::e_conicto) {
+                const double qx = out.points[p], qy = out.points[p + 1];
+                const double ex = out.points[p + 2], ey = out.points[p + 3];
+                for (double v : {(2 * qx + cx) / 3, (2 * qy + cy) / 3, (2 * qx + ex) / 3,
+                                 (2 * qy + ey) / 3, ex, ey})
+                    cubic.points.push_back(v);
+                cx = ex;
+                cy = ey;
+                p += 4;
+            } else if (op != FontSupport::e_closepath) {
+                const int n = op == FontSupport::e_cubicto ? 3 : 1;
+                for (int k = 0; k < 2 * n; ++k) cubic.points.push_back(out.points[p + k]);
+                cx = out.points[p + 2 * n - 2];
+                cy = out.points[p + 2 * n - 1];
+                p += 2 * n;
+            }
+        }
+        out = std::move(cubic);
+    }
+    operators.swap(out.operators);
+    points.swap(out.points);
+    return true;
+}
+
+// A substitute's glyph is narrowed to the PDF's width, never widened: the factor for x.
+static double NarrowingOf(double pdf_width, double advance) {
+    return advance > 0 ? std::min(1.0, pdf_width / advance) : 1.0;
 }
 
 bool FontImpl::GetStandardFontGlyphPath(int index, const char* name, double pdf_width,
@@ -237,15 +268,44 @@ bool FontImpl::GetStandardFontGlyphPath(int index, const char* name, double pdf_
     GlyphOutline out;
     double advance = 0;
     if (!Fnt::GetStandardGlyphPath(index, name, conics_to_cubics, out, advance)) return false;
-    // Narrowed to the PDF's width, never widened.
-    if (advance > 0) {
-        const double f = pdf_width / advance;
-        if (f < 1)
-            for (size_t i = 0; i < out.points.size(); i += 2) out.points[i] *= f;
-    }
+    const double f = NarrowingOf(pdf_width, advance);
+    if (f < 1)
+        for (size_t i = 0; i < out.points.size(); i += 2) out.points[i] *= f;
     operators.swap(out.operators);
     points.swap(out.points);
     return true;
+}
+
+bool FontImpl::GetStandardGlyphBox(const SubstituteGlyph& g, double pdf_width, Rect& box,
+                                   bool& known) {
+    known = true;
+    if (!g.name || std::string_view(g.name) == "space") return false;  // an empty path
+    const Fnt::StandardGlyphBox* b = Fnt::FindStandardGlyphBox(g.standard_index, g.name, known);
+    if (!known || !b || !b->outline) return false;
+    const double f = NarrowingOf(pdf_width, b->advance);
+    box = Rect(b->x1, b->y1, b->x2, b->y2);
+    if (f < 1) {
+        box.x1 *= f;
+        box.x2 *= f;
+    }
+    return true;
+}
+
+bool FontImpl::GetGlyphBox(UInt32 code, Rect& box) {
+    std::lock_guard<std::recursive_mutex> lock(m_font_mutex);
+    // A standard font standing in needn't unpack its program for a box.
+    if (!LoadFontProgram()) {
+        const SubstituteGlyph g = ResolveSubstitute(code);
+        if (g.road == SubstituteGlyph::e_standard) {
+            bool known = false;
+            const bool found = GetStandardGlyphBox(g, GetWidth(code), box, known);
+            if (known) return found;
+        }
+    }
+    std::vector<UInt8> ops;
+    std::vector<double> points;
+    if (!GetGlyphPath(code, ops, points, true, nullptr, false, nullptr) || ops.empty()) return false;
+    return Fnt::ControlBox(points, box);
 }
 
 bool FontImpl::HasGlyph(UInt32 code) {
@@ -330,6 +390,21 @@ bool Type3Font::GetGlyphPath(UInt32, std::vector<UInt8>&, std::vector<double>&, 
     NotApplicable("GetGlyphPath()", "Type3");
 }
 
+bool Type3Font::GetGlyphBox(UInt32, Rect&) { NotApplicable("GetGlyphBox()", "Type3"); }
+
+UInt32 Type0Font::DescendantCode(UInt32 code) {
+    const UInt32 cid = MapToCID(code);
+    if (m_descendant.IsEmbedded()) return cid;
+    Unicode unit = 0;
+    UInt32 count = 0;
+    if (MapToUnicode(code, &unit, 1, count, true) && count == 1) {
+        m_descendant.SetGIDMap(false, cid);
+        return unit;
+    }
+    m_descendant.SetGIDMap(true, cid);
+    return cid;
+}
+
 bool Type0Font::GetGlyphPath(UInt32 code, std::vector<UInt8>& operators, std::vector<double>& points,
                              bool conics_to_cubics, const Common::Matrix2D* matrix,
                              bool code_is_glyph, UInt32* glyph) {
@@ -337,21 +412,14 @@ bool Type0Font::GetGlyphPath(UInt32 code, std::vector<UInt8>& operators, std::ve
     points.clear();
     if (!m_descendant) return false;
     std::lock_guard<std::recursive_mutex> lock(m_descendant.GetFontMutex());
-    const UInt32 cid = MapToCID(code);
-    if (code_is_glyph || m_descendant.IsEmbedded())
-        return m_descendant.GetGlyphPath(code_is_glyph ? code : cid, operators, points,
-                                         conics_to_cubics, matrix, code_is_glyph, glyph);
-    // Not embedded: the Unicode value goes down when there is one, else the CID, which the
-    // system font is then asked for by glyph index.
-    Unicode unit = 0;
-    UInt32 count = 0;
-    if (MapToUnicode(code, &unit, 1, count, true) && count == 1) {
-        m_descendant.SetGIDMap(false, cid);
-        return m_descendant.GetGlyphPath(unit, operators, points, conics_to_cubics, matrix, false,
-                                         glyph);
-    }
-    m_descendant.SetGIDMap(true, cid);
-    return m_descendant.GetGlyphPath(cid, operators, points, conics_to_cubics, matrix, false, glyph);
+    return m_descendant.GetGlyphPath(code_is_glyph ? code : DescendantCode(code), operators, points,
+                                     conics_to_cubics, matrix, code_is_glyph, glyph);
+}
+
+bool Type0Font::GetGlyphBox(UInt32 code, Rect& box) {
+    if (!m_descendant) return false;
+    std::lock_guard<std::recursive_mutex> lock(m_descendant.GetFontMutex());
+    return m_descendant.GetGlyphBox(DescendantCode(code), box);
 }
 
 }  // namespace Fnt

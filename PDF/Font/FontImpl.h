@@ -114,6 +114,7 @@ public:
     virtual bool GetGlyphPath(UInt32 code, std::vector<UInt8>& operators,
                               std::vector<double>& points, bool conics_to_cubics,
                               const Common::Matrix2D* matrix, bool code_is_glyph, UInt32* glyph);
+    virtual bool GetGlyphBox(UInt32 code, Rect& box);
     virtual bool HasGlyph(UInt32 code);
     virtual double GetBuiltInWidth(UInt32 code);
     virtual double GetGlyphWidthByName(const char* name);
@@ -172,8 +173,19 @@ protected:
 private:
     // The glyph roads of a font without a face (FontGlyphPath.cpp).
     Fnt::FontSubstitution& Substitution();
+    // Which glyph of which substitute draws a code.
+    struct SubstituteGlyph {
+        enum Road { e_none, e_empty, e_standard, e_platform } road = e_none;
+        int standard_index = 0;      // e_standard: the standard font
+        const char* name = nullptr;  // e_standard: its glyph's name
+        UInt32 value = 0;            // e_platform: the Unicode value or glyph index
+        bool by_glyph = false;       // e_platform: `value` is a glyph index
+    };
+    SubstituteGlyph ResolveSubstitute(UInt32 code);
     bool GetSubstituteGlyphPath(UInt32 code, std::vector<UInt8>& operators,
                                 std::vector<double>& points, bool conics_to_cubics);
+    // The box of a standard substitute's glyph from the table; `known` false without one.
+    bool GetStandardGlyphBox(const SubstituteGlyph& g, double pdf_width, Rect& box, bool& known);
     bool GetStandardFontGlyphPath(int index, const char* name, double pdf_width,
                                   std::vector<UInt8>& operators, std::vector<double>& points,
                                   bool conics_to_cubics);

@@ -115,6 +115,7 @@ public:
     bool GetGlyphPath(UInt32 code, std::vector<UInt8>& operators, std::vector<double>& points,
                       bool conics_to_cubics, const Common::Matrix2D* matrix, bool code_is_glyph,
                       UInt32* glyph) override;
+    bool GetGlyphBox(UInt32 code, Rect& box) override;
 
 private:
     SDF::Obj* mp_char_procs = nullptr;

@@ -13,7 +13,6 @@
 #include "FontSupport/FreeTypeLibrary.h"
 #include "PDF/FerroxResources.h"
 #include "PDF/Font/StandardFonts.h"
-#include "PDF/Font/StandardGlyphBoxes.h"
 #include "SDF/Obj.h"
 
 namespace lum::PDF::Fnt {
@@ -60,19 +59,6 @@ FontSupport::Face* GetStandardFontFace(int index) {
 bool GetStandardGlyphPath(int index, const char* name, bool conics_to_cubics,
                           FontSupport::GlyphOutline& out, double& advance) {
     out.Clear();
-    if (StandardBoxesOnly::Active()) {
-        bool known = false;
-        const StandardGlyphBox* b = FindStandardGlyphBox(index, name, known);
-        if (known) {
-            if (!b) return false;
-            if (b->outline) {
-                out.operators = {FontSupport::e_moveto, FontSupport::e_lineto};
-                out.points = {b->x1, b->y1, b->x2, b->y2};
-            }
-            advance = b->advance;
-            return true;
-        }
-    }
     FontSupport::Face* face = GetStandardFontFace(index);
     if (!face || !name) return false;
     FT_UInt gid = 0;

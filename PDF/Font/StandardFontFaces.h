@@ -11,8 +11,8 @@ namespace lum::PDF::Fnt {
 FontSupport::Face* GetStandardFontFace(int index);
 
 // The outline of the glyph `name` of standard font `index`, in units of 1000 per em with y
-// downwards, and its advance in the same units. False when the font has no such glyph. Under
-// StandardBoxesOnly the outline may be its control box only, and the program stays packed.
+// downwards, and its advance in the same units. False when the font has no such glyph. Unpacks
+// the program at the first call: a glyph's box alone comes from StandardGlyphBoxes.h.
 bool GetStandardGlyphPath(int index, const char* name, bool conics_to_cubics,
                           FontSupport::GlyphOutline& out, double& advance);
 

@@ -23,27 +23,13 @@ struct StandardGlyphBoxTable {
     size_t count;
 };
 
-// The tables of the fourteen fonts, or null in a program built without them (the generator
-// itself): then glyphs are measured from the programs.
+// The tables of the fourteen fonts. Defined by the generated source that every program of the
+// library links; the generator, which makes that source, links tools/gen-resources/NoGlyphBoxTable.cpp
+// instead, which answers null: then glyphs are measured from the programs.
 const StandardGlyphBoxTable* GetStandardGlyphBoxTables();
 
 // The box of glyph `name` of standard font `index` (its name is `table.names + box.name`); null when the font has no such glyph, and
 // `known` false when there are no tables to ask.
 const StandardGlyphBox* FindStandardGlyphBox(int index, const char* name, bool& known);
-
-// While one lives, on its thread, the outlines of standard glyphs may be answered by their
-// control box alone: a move to one corner and a line to the other. For callers that want the
-// box and whether the glyph has points, nothing more.
-class StandardBoxesOnly {
-public:
-    StandardBoxesOnly();
-    ~StandardBoxesOnly();
-    StandardBoxesOnly(const StandardBoxesOnly&) = delete;
-    StandardBoxesOnly& operator=(const StandardBoxesOnly&) = delete;
-    static bool Active();
-
-private:
-    bool m_was;
-};
 
 }  // namespace lum::PDF::Fnt

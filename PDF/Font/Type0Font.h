@@ -53,11 +53,15 @@ public:
     bool GetGlyphPath(UInt32 code, std::vector<UInt8>& operators, std::vector<double>& points,
                       bool conics_to_cubics, const Common::Matrix2D* matrix, bool code_is_glyph,
                       UInt32* glyph) override;
+    bool GetGlyphBox(UInt32 code, Rect& box) override;
 
     // Registry-Ordering of the descendant ("Adobe-Japan1"), empty when it gives none.
     const std::string& GetCollection() const { return m_collection; }
 
 private:
+    // What the descendant is asked for, with its GID map set: the CID when it is embedded; else
+    // the code's Unicode value, or the CID as a glyph index of the system font.
+    UInt32 DescendantCode(UInt32 code);
     // The CMap that turns a collection's CIDs into Unicode, for a font without ToUnicode.
     const CMap* CIDToUnicode();
 

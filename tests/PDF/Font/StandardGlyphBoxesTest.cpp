@@ -7,6 +7,7 @@
 #include <string>
 
 #include "PDF/Ferrox.h"
+#include "PDF/Font/GlyphControlBox.h"
 #include "PDF/Font/StandardFontFaces.h"
 #include "PDF/Font/StandardFonts.h"
 #include "PDF/Font/StandardGlyphBoxes.h"
@@ -19,28 +20,27 @@ namespace {
 struct Answer {
     bool found = false;
     bool has_points = false;
-    double x1 = 0, y1 = 0, x2 = 0, y2 = 0, advance = 0;
+    lum::PDF::Rect box;
+    double advance = 0;
 };
 
-Answer Ask(int font, const char* name, bool boxes_only) {
+Answer FromProgram(int font, const char* name) {
     Answer a;
     FS::GlyphOutline out;
-    if (boxes_only) {
-        StandardBoxesOnly scope;
-        a.found = GetStandardGlyphPath(font, name, true, out, a.advance);
-    } else {
-        a.found = GetStandardGlyphPath(font, name, true, out, a.advance);
-    }
-    a.has_points = !out.operators.empty() && out.points.size() >= 2;
-    if (!a.has_points) return a;
-    a.x1 = a.x2 = out.points[0];
-    a.y1 = a.y2 = out.points[1];
-    for (size_t i = 2; i + 1 < out.points.size(); i += 2) {
-        a.x1 = std::min(a.x1, out.points[i]);
-        a.x2 = std::max(a.x2, out.points[i]);
-        a.y1 = std::min(a.y1, out.points[i + 1]);
-        a.y2 = std::max(a.y2, out.points[i + 1]);
-    }
+    a.found = GetStandardGlyphPath(font, name, true, out, a.advance);
+    a.has_points = !out.operators.empty() && ControlBox(out.points, a.box);
+    return a;
+}
+
+Answer FromTable(int font, const char* name) {
+    Answer a;
+    bool known = false;
+    const StandardGlyphBox* b = FindStandardGlyphBox(font, name, known);
+    EXPECT_TRUE(known);
+    a.found = b != nullptr;
+    a.has_points = b && b->outline;
+    if (a.has_points) a.box = lum::PDF::Rect(b->x1, b->y1, b->x2, b->y2);
+    if (b) a.advance = b->advance;
     return a;
 }
 
@@ -48,10 +48,7 @@ void ExpectSame(const Answer& table, const Answer& program, const std::string& w
     EXPECT_EQ(table.found, program.found) << what;
     EXPECT_EQ(table.has_points, program.has_points) << what;
     // Exact: the table holds the very doubles the outline gives.
-    EXPECT_EQ(table.x1, program.x1) << what;
-    EXPECT_EQ(table.y1, program.y1) << what;
-    EXPECT_EQ(table.x2, program.x2) << what;
-    EXPECT_EQ(table.y2, program.y2) << what;
+    EXPECT_TRUE(table.box == program.box) << what;
     if (program.found) {
         EXPECT_EQ(table.advance, program.advance) << what;
     }
@@ -66,12 +63,12 @@ TEST(StandardGlyphBoxes, TableAnswersAsThePrograms) {
         ASSERT_GT(t.count, 100u) << font;
         for (size_t i = 0; i < t.count; ++i) {
             const char* name = t.names + t.boxes[i].name;
-            ExpectSame(Ask(font, name, true), Ask(font, name, false),
+            ExpectSame(FromTable(font, name), FromProgram(font, name),
                        std::to_string(font) + " " + name);
         }
         // Names the font lacks, .notdef (glyph 0 counts as absent) and no name at all.
         for (const char* name : {"a1", "no-such-glyph", ".notdef", "", "A\x80"})
-            ExpectSame(Ask(font, name, true), Ask(font, name, false), std::to_string(font) + " " + name);
+            ExpectSame(FromTable(font, name), FromProgram(font, name), std::to_string(font) + " " + name);
     }
     lum::PDF::Ferrox::Terminate();
 }
