@@ -37,6 +37,14 @@ inline constexpr std::size_t kMaxFaxRepeatedBytes = std::size_t(256) << 20;
 // image fails instead. 512 MiB holds a progressive 12,000 x 12,000 colour JPEG.
 inline constexpr std::size_t kMaxImageDecoderMemory = std::size_t(512) << 20;
 
+// Memory that jbig2dec may hold while decoding one JBIG2 image: this many times the bytes of the
+// image's own Width x Height (the page it draws on is cut to that), and at least
+// kMinJBIG2DecoderMemory, for symbol dictionaries shared by many pages. A page header claiming
+// 67 million x 60 pixels for a 200 x 200 image would otherwise cost half a GiB and a second of
+// clearing, each time.
+inline constexpr std::size_t kJBIG2MemoryPerImageByte = 16;
+inline constexpr std::size_t kMinJBIG2DecoderMemory = std::size_t(64) << 20;
+
 // Messages. That jbig2dec may report while decoding one JBIG2 image, about one for each
 // symbol and segment: real dictionaries hold tens of thousands of symbols, while a hostile
 // one claims 16 million and has them decoded from no data, for seconds. Beyond the bound the

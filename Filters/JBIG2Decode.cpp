@@ -20,8 +20,10 @@ namespace lum::Filters {
 
 namespace {
 
-// One decoding's account with jbig2dec. Memory: within Limits::kMaxImageDecoderMemory, as a
-// page header may claim any size and the page is allocated whole. Work: the module reports (and
+// One decoding's account with jbig2dec. Memory: a page header may claim any size and the page
+// is allocated whole, though only the image's own Width x Height is kept of it; so the module
+// gets Limits::kJBIG2MemoryPerImageByte times the image's bytes (at least
+// Limits::kMinJBIG2DecoderMemory, at most Limits::kMaxImageDecoderMemory). Work: the module reports (and
 // formats) a message for about each symbol and segment it decodes, and a dictionary claiming
 // millions of symbols has them decoded from no data at all, for seconds, in a loop that neither
 // allocates nor stops on its own. Past Limits::kMaxJBIG2DecoderMessages the decoding is
@@ -29,6 +31,7 @@ namespace {
 // the module's own state is not touched again.
 struct DecoderAccount {
     Jbig2Allocator base;  // first, so that the callbacks find the rest
+    size_t budget;
     size_t total = 0;
     size_t messages = 0;
     std::jmp_buf abandon;
@@ -45,7 +48,7 @@ struct DecoderAccount {
     static Block* BlockOf(void* p) { return static_cast<Block*>(p) - 1; }
 
     bool Affords(size_t grow) const {
-        return grow <= Limits::kMaxImageDecoderMemory - std::min(total, Limits::kMaxImageDecoderMemory);
+        return grow <= budget - std::min(total, budget);
     }
 
     void Link(Block* b) {
@@ -112,7 +115,12 @@ struct DecoderAccount {
         total = 0;
     }
 
-    DecoderAccount() : base{&Alloc, &Free, &Realloc} {}
+    explicit DecoderAccount(size_t image_bytes)
+        : base{&Alloc, &Free, &Realloc},
+          budget(std::clamp(image_bytes > Limits::kMaxImageDecoderMemory
+                                ? Limits::kMaxImageDecoderMemory
+                                : image_bytes * Limits::kJBIG2MemoryPerImageByte,
+                            Limits::kMinJBIG2DecoderMemory, Limits::kMaxImageDecoderMemory)) {}
 };
 
 // Appends everything `f` delivers to `buf`, in steps; false when it grows beyond the bound.
@@ -134,7 +142,7 @@ bool ReadAllInto(Filter* f, std::vector<UInt8>& buf) {
 bool DecodeJBIG2Page(const UInt8* data, size_t size, UInt32 width, UInt32 height, UInt8* out,
                      size_t row_size) {
     // Nothing between here and the module's frames has a destructor, so the jump back is sound.
-    DecoderAccount account;
+    DecoderAccount account(row_size * height);
     if (setjmp(account.abandon) != 0) {
         account.FreeAll();
         return false;

@@ -118,9 +118,9 @@ TEST(JBIG2Decode, FailuresRaise) {
     // A page header claiming more than the codec may allocate makes no page.
     const auto e = lum::test::Raised([&] { Decode(PageInfo(200000, 200000) + MmrRegion(13, 30, 0, 0, g4), "", 13, 30); });
     EXPECT_EQ(e.GetCondition(), "m_dec_ok");
-    // A Huffman-coded dictionary claiming 16 million symbols in a few bytes: the module
-    // decodes them from nothing, one message each, until its work runs out.
-    const std::string many = Segment(2, 0, std::string("\0\1", 2) + Be32(19) + Be32(16000000) +
+    // A Huffman-coded dictionary claiming 4 million symbols in a few bytes: the module decodes
+    // them from nothing, one message each, until its work runs out.
+    const std::string many = Segment(2, 0, std::string("\0\1", 2) + Be32(19) + Be32(4000000) +
                                                std::string("\x30\0\1\0\0\0\x13\4\0\0\xcb\0", 12));
     const std::clock_t start = std::clock();
     const auto spun = lum::test::Raised([&] { Decode(PageInfo(13, 30) + many, "", 13, 30); });
