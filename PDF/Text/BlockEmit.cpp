@@ -78,7 +78,7 @@ void TRun::Emit(EmitContext& ctx) {
         const WordFrag& f = Frag(fi);
         for (UInt32 gi = 0; gi < f.count; ++gi) {
             const GlyphRecord& g = arena.Glyph(f, gi);
-            if (test_hidden && ctx.occluders.Hides(cover, BoxAround(g.page_quad))) continue;
+            if (test_hidden && ctx.occluders.Hides(cover, BoxAround(arena.PageQuad(g)))) continue;
             Quad quad;
             if (common_height) {
                 // Every glyph of the font gets the font's height: an x as tall as an l. The
@@ -93,12 +93,12 @@ void TRun::Emit(EmitContext& ctx) {
                 // on every glyph.
                 const auto& m = arena.Matrices(g.matrices).page;
                 for (int i = 0; i < 8; i += 2) {
-                    const double x = g.text_quad.v[i], y = extent_quad.v[i + 1] + g.y;
+                    const double x = g.tx[i / 2], y = extent_quad.v[i + 1] + g.y;
                     quad.v[i] = m.m_a * x + m.m_c * y + m.m_h;
                     quad.v[i + 1] = m.m_b * x + m.m_d * y + m.m_v;
                 }
             } else {
-                quad = g.page_quad;
+                quad = arena.PageQuad(g);
             }
             const Rect box = BoxAround(quad);
             ctx.store.StoreGlyph(g.unit, g.offset, box, quad, mp_font, m_font_height, m_red,

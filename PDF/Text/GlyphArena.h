@@ -2,6 +2,7 @@
 // The glyphs of one page as the capture found them, and the fragments (stretches of glyphs
 // without white space) that group them. Both live in flat tables that are reused from page to
 // page: a glyph costs no allocation of its own.
+#include <algorithm>
 #include <vector>
 
 #include "Common/Types.h"
@@ -27,14 +28,19 @@ struct GlyphMatrices {
     bool page_zero = false;
 };
 
+// A glyph keeps of its quads what the emission reads most (the text quad's x coordinates)
+// and what gives the rest by the steps the capture took: the y range of the text quad, and
+// the element's matrices. A page of a million glyphs holds 72 MB of records, not 160 MB.
 struct GlyphRecord {
-    Quad page_quad;  // page frame
-    Quad text_quad;  // text frame
+    double tx[4] = {};       // x of the text quad's corners
+    double ty1 = 0, ty2 = 0;  // y range of the text quad (with `advance`, of the advance box)
     // The character's origin in the text frame: the glyph matrix is S moved by it.
-    double x = 0, y = 0;
+    double y = 0;
     UInt32 matrices = 0;  // index of the element's GlyphMatrices
     Int32 offset = 0;     // offset of the character code in the page's text strings
     Unicode unit = 0;
+    // Invisible text measured by its advance box, which stood for the glyph's box.
+    bool advance = false;
 };
 
 // A stretch of glyphs without white space: a word or part of one. Its glyphs are a range of
@@ -71,6 +77,18 @@ public:
     const WordFrag& Frag(UInt32 i) const { return m_frags[i]; }
     const GlyphMatrices& Matrices(UInt32 i) const { return m_matrices[i]; }
 
+    // The box around the glyph's text quad (with `advance`, the advance box).
+    static Rect TextBox(const GlyphRecord& g) {
+        const double* x = g.tx;
+        if (g.advance) return Rect(x[0], g.ty1, x[1], g.ty2);
+        return Rect(std::min(std::min(x[0], x[1]), std::min(x[2], x[3])), g.ty1,
+                    std::max(std::max(x[0], x[1]), std::max(x[2], x[3])), g.ty2);
+    }
+    // The glyph's quad in the page frame (mirrored in mirror mode), as the capture built it.
+    Quad PageQuad(const GlyphRecord& g) const {
+        return QuadThrough(m_matrices[g.matrices].page, TextBox(g));
+    }
+
     UInt32 AddMatrices(const Matrix2D& glyph, const Matrix2D& page) {
         Matrix2D linear = glyph;
         linear.m_h = linear.m_v = 0;
@@ -84,9 +102,11 @@ public:
     // Raises when the glyph matrix or the page matrix is zero: no box can be computed.
     // Inline, so that the boxes the capture just computed pass in registers: read back from
     // memory in other widths than they were written, they stalled on every glyph.
+    // `text_box` is the box around `text_quad`, or with `advance` the box it was laid on.
     void AddGlyph(WordFrag& f, const Rect& layout_box, const Quad& page_quad,
-                  const Quad& text_quad, Unicode unit, Int32 offset, double baseline, bool at_back,
-                  double x, double y, UInt32 matrices) {
+                  const Quad& text_quad, const Rect& text_box, bool advance, Unicode unit,
+                  Int32 offset, double baseline, bool at_back, double x, double y,
+                  UInt32 matrices) {
         if (f.count > 0) {
             ExtendBox(f.box, layout_box);
             MergeQuads(f.quad, page_quad);
@@ -105,7 +125,9 @@ public:
             CheckMatrices(m, x, y);
         f.baseline = baseline;
         // Built whole: a default record first would be zeroed and then overwritten.
-        m_glyphs.push_back(GlyphRecord{page_quad, text_quad, x, y, matrices, offset, unit});
+        const double* q = text_quad.v;
+        m_glyphs.push_back(GlyphRecord{{q[0], q[2], q[4], q[6]}, text_box.y1, text_box.y2, y,
+                                       matrices, offset, unit, advance});
         ++f.count;
     }
     // Appends the finished fragment `f` to the table of fragments; answers its index.

@@ -182,7 +182,7 @@ void TextCapture::WhiteSpace(const CaptureChar& c, const Rect& box, const Rect& 
     }
     // Mirror mode keeps blanks as glyphs, each a run of its own.
     if (!m_frag.Empty()) PassRun();
-    AddUnits(c, layout_box, page_quad, text_quad, offset, baseline);
+    AddUnits(c, box, layout_box, page_quad, text_quad, offset, baseline);
     if (!m_frag.Empty()) PassRun();
 }
 
@@ -200,17 +200,18 @@ void TextCapture::Glyph(const CaptureChar& c, const Rect& box, const Rect& layou
         m_pending_space = false;
         m_frag.flags |= e_space_before;
     }
-    AddUnits(c, layout_box, page_quad, text_quad, offset, baseline);
+    AddUnits(c, box, layout_box, page_quad, text_quad, offset, baseline);
 }
 
-void TextCapture::AddUnits(const CaptureChar& c, const Rect& layout_box, const Quad& page_quad,
-                           const Quad& text_quad, Int32 offset, double baseline) {
+void TextCapture::AddUnits(const CaptureChar& c, const Rect& box, const Rect& layout_box,
+                           const Quad& page_quad, const Quad& text_quad, Int32 offset,
+                           double baseline) {
     // A right-to-left character of several units has them reversed.
     const int n = c.unit_count;
     for (int i = 0; i < n; ++i) {
         const Unicode u = (n == 1 || !IsRightToLeft(c.units[i])) ? c.units[i] : c.units[n - 1 - i];
-        m_arena.AddGlyph(m_frag, layout_box, page_quad, text_quad, u, offset, baseline,
-                         !m_mirror_mode, c.x, c.y, m_matrices);
+        m_arena.AddGlyph(m_frag, layout_box, page_quad, text_quad, box, c.use_advance, u, offset,
+                         baseline, !m_mirror_mode, c.x, c.y, m_matrices);
     }
 }
 

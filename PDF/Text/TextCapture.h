@@ -111,8 +111,8 @@ private:
                     const Quad& page_quad, const Quad& text_quad, Int32 offset, double baseline);
     void Glyph(const CaptureChar& c, const Rect& box, const Rect& layout_box,
                const Quad& page_quad, const Quad& text_quad, Int32 offset, double baseline);
-    void AddUnits(const CaptureChar& c, const Rect& layout_box, const Quad& page_quad,
-                  const Quad& text_quad, Int32 offset, double baseline);
+    void AddUnits(const CaptureChar& c, const Rect& box, const Rect& layout_box,
+                  const Quad& page_quad, const Quad& text_quad, Int32 offset, double baseline);
     void EndFragment();
     void SetRunBox();
     void PassRun();
