@@ -28,9 +28,19 @@ protected:
     size_t Process() override;
 
 private:
+    // The zlib header is read here and zlib inflates raw data: its checksum of every output
+    // byte would be computed only to be ignored. False: the header is bad or the input ended
+    // in it, and the data ends.
+    bool ReadHeader();
+    // Consumes up to `n` input bytes, as zlib does with a checksum or dictionary id it reads.
+    void SkipInput(size_t n);
+
     std::unique_ptr<z_stream> mp_zs;
     bool m_ok = false;   // inflateInit2 succeeded
     bool m_end = false;
+    bool m_zlib = true;  // a zlib header comes first
+    UInt8 m_head[2] = {};
+    int m_head_have = 0;  // bytes of the header read so far
 };
 
 }  // namespace lum::Filters

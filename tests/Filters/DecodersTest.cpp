@@ -192,8 +192,14 @@ TEST(FlateDecode, DamagedDataDeliversWhatItCan) {
     ASSERT_GE(got.size(), half.size());
     EXPECT_EQ(got.substr(0, half.size()), half);
 
-    // Raw data without the raw flag fails at the header: nothing.
+    // The header and the checksum read a byte at a time.
+    EXPECT_EQ(ReadAll(std::make_unique<FlateDecode>(Source(z, 1))), data);
+
+    // Raw data without the raw flag fails at the header: nothing. So do a preset dictionary
+    // and a window beyond 32 KiB, though their check bits are right.
     EXPECT_EQ(Decode<FlateDecode>(lum::test::Deflate(data, 6, true)), "");
+    EXPECT_EQ(Decode<FlateDecode>("\x78\xBB" + z.substr(2)), "");
+    EXPECT_EQ(Decode<FlateDecode>("\x88\x1C" + z.substr(2)), "");
     EXPECT_EQ(Decode<FlateDecode>("not compressed at all"), "");
     EXPECT_EQ(Decode<FlateDecode>(""), "");
 }
