@@ -27,6 +27,9 @@ constexpr size_t kMaxHeaderLength = 20;
 constexpr UInt8 kStringSpecial = 16;
 // Bytes of a word that the tokeniser copies in one fixed-size move.
 constexpr size_t kShortWord = 16;
+// Bytes of the longest number read straight from the reader's window; longer ones, rare and
+// bounded by the token's limit, go through the token.
+constexpr size_t kShortNumber = 64;
 // A stop byte for AppendWordBytes that no byte and not the end (-1) can be.
 constexpr int kNoStopByte = -2;  // bytes a literal string can't copy as they stand
 
@@ -316,9 +319,8 @@ inline int Parser::AppendWordBytes() {
     }
 }
 
-void Parser::ReadToken() {
+void Parser::ReadWord() {
     m_token_size = 0;
-    SkipWhiteSpaceAndComments();
     int c = m_stream.Peek();
     if (c < 0) {
         m_token[0] = 0;
@@ -337,7 +339,26 @@ void Parser::ReadToken() {
 }
 
 bool Parser::GetObj() {
-    ReadToken();
+    SkipWhiteSpaceAndComments();
+    // Numbers are most of a content stream's words: one that ends inside the window is read
+    // where it stands, without a copy into the token. The token is then empty, as nobody
+    // reads the word of a value.
+    const UInt8* p = m_stream.WindowBegin();
+    const UInt8* const e = p + m_stream.WindowSize();
+    if (p < e && (IsDigit(*p) || *p == '-' || *p == '.' || *p == '+')) {
+        const UInt8* q = p + 1;
+        const UInt8* const stop = p + std::min<size_t>(size_t(e - p), kShortNumber + 1);
+        while (q < stop && !(gl_char_class[*q] & e_word_end)) ++q;
+        if (q < stop) {
+            const double value = ParseNumberToken(reinterpret_cast<const char*>(p), size_t(q - p));
+            m_stream.Advance(size_t(q - p));
+            m_token_size = 0;
+            m_token[0] = 0;
+            Push(MakeNumber(value));
+            return true;
+        }
+    }
+    ReadWord();
     const UInt8 c = m_token[0];
     if (c < 0x28 || c > 0x7D) return false;
     switch (c) {

@@ -118,7 +118,8 @@ private:
     // Keeps a spent number, string or array when there is room; false: the caller deletes it.
     bool KeepSpare(Obj* obj) noexcept;
 
-    void ReadToken();
+    // Reads the token that starts at the reader's position (white space passed over).
+    void ReadWord();
     void AppendToken(const UInt8* bytes, size_t n);
     void GrowToken(size_t need);
     // Appends the bytes of a word (up to white space, a delimiter, a percent or the byte
