@@ -8,10 +8,7 @@
 #include "Common/TextEncodingTables.h"
 #include "Common/UString.h"
 
-using lum::TextEncoding;
-using lum::UInt32;
-using lum::Unicode;
-using lum::UString;
+using namespace lum;
 
 namespace {
 
@@ -26,8 +23,6 @@ UString FromUnits(const std::vector<Unicode>& u) {
 }  // namespace
 
 TEST(UStringDecode, ByEncoding) {
-    using lum::enc_ascii, lum::enc_pdfdoc, lum::enc_winansi, lum::enc_pdftext, lum::enc_utf16be,
-        lum::enc_utf8, lum::enc_raw;
     struct Case {
         std::string bytes;
         TextEncoding enc;

@@ -6,31 +6,19 @@
 
 #include "Common/Exception.h"
 #include "Common/UnicodeUtils.h"
+#include "support/TestSupport.h"
 
-using lum::UInt16;
-using lum::UInt32;
-using lum::UInt8;
-using lum::Unicode;
-namespace Uni = lum::Uni;
+using namespace lum;
 
 namespace {
 
-struct Failure {
+using test::CatchFailure;
+
+// The condition and message a failure must carry.
+struct Want {
     std::string condition;
     std::string message;
 };
-
-// Runs `f` and answers what it raised; a test fails if it raised nothing.
-Failure Raised(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const lum::Common::Exception& e) {
-        EXPECT_EQ(e.GetFileName(), "UnicodeUtils.cpp");
-        return {e.GetCondition(), e.GetMessage()};
-    }
-    ADD_FAILURE() << "nothing was raised";
-    return {};
-}
 
 std::vector<Unicode> Utf8ToUnits(const std::string& s) {
     std::vector<Unicode> out;
@@ -44,13 +32,14 @@ std::string UnitsToUtf8(const std::vector<Unicode>& u) {
     return out;
 }
 
-const Failure kIncomplete{"writeCount>0", "Incomplete Unicode at end of string"};
-const Failure kBadLength{"!((bytesNeeded < 2) || (bytesNeeded > 4))", "Invalid UTF8 sequence length"};
-const Failure kBadData{"!( (inUnit & UInt8(0xC0)) != UInt8(0x80) )", "Invalid UTF8 data"};
-const Failure kSurrogate8{"!((0xD800 <= cp) && (cp <= 0xDFFF))", "Bad UTF8 code point"};
-const Failure kRange8{"cp <= 0x10FFFF", "UTF8 codepoint is out of range"};
+const Want kIncomplete{"writeCount>0", "Incomplete Unicode at end of string"};
+const Want kBadLength{"!((bytesNeeded < 2) || (bytesNeeded > 4))", "Invalid UTF8 sequence length"};
+const Want kBadData{"!( (inUnit & UInt8(0xC0)) != UInt8(0x80) )", "Invalid UTF8 data"};
+const Want kSurrogate8{"!((0xD800 <= cp) && (cp <= 0xDFFF))", "Bad UTF8 code point"};
+const Want kRange8{"cp <= 0x10FFFF", "UTF8 codepoint is out of range"};
 
-void ExpectFailure(const Failure& got, const Failure& want) {
+void ExpectFailure(const test::Failure& got, const Want& want) {
+    EXPECT_TRUE(got.thrown);
     EXPECT_EQ(got.condition, want.condition);
     EXPECT_EQ(got.message, want.message);
 }
@@ -80,7 +69,7 @@ TEST(Utf8ToUtf16, ValidInput) {
 TEST(Utf8ToUtf16, InvalidInputRaises) {
     struct Case {
         std::string in;
-        Failure want;
+        Want want;
     } cases[] = {
         {"\xC3", kIncomplete},
         {"\xF0\x9F\x98", kIncomplete},
@@ -97,7 +86,7 @@ TEST(Utf8ToUtf16, InvalidInputRaises) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.in);
-        ExpectFailure(Raised([&] { Utf8ToUnits(c.in); }), c.want);
+        ExpectFailure(CatchFailure([&] { Utf8ToUnits(c.in); }), c.want);
     }
 }
 
@@ -116,7 +105,7 @@ TEST(Utf8ToUtf16, LongTextCrossesBlocks) {
     }
     std::string tail(30000, 'q');
     tail += "\xE2\x82";
-    ExpectFailure(Raised([&] { Utf8ToUnits(tail); }), kIncomplete);
+    ExpectFailure(CatchFailure([&] { Utf8ToUnits(tail); }), kIncomplete);
 }
 
 TEST(Utf16ToUtf8, ValidInput) {
@@ -138,29 +127,29 @@ TEST(Utf16ToUtf8, ValidInput) {
 }
 
 TEST(Utf16ToUtf8, InvalidInputRaises) {
-    const Failure kLowFirst{"hiUnit <= 0xDBFF", "Bad UTF16 - leading low surrogate"};
+    const Want kLowFirst{"hiUnit <= 0xDBFF", "Bad UTF16 - leading low surrogate"};
     struct Case {
         std::vector<Unicode> in;
-        Failure want;
+        Want want;
     } cases[] = {
         {{0xDC00}, kLowFirst},
         {{'a', 0xDFFF, 'b'}, kLowFirst},
         {{0xD83D}, kIncomplete},
         {{'a', 'b', 0xDBFF}, kIncomplete},
     };
-    for (const auto& c : cases) ExpectFailure(Raised([&] { UnitsToUtf8(c.in); }), c.want);
+    for (const auto& c : cases) ExpectFailure(CatchFailure([&] { UnitsToUtf8(c.in); }), c.want);
 
     std::vector<Unicode> long_tail(40000, 0xE9);
     long_tail.push_back(0xD800);
-    ExpectFailure(Raised([&] { UnitsToUtf8(long_tail); }), kIncomplete);
+    ExpectFailure(CatchFailure([&] { UnitsToUtf8(long_tail); }), kIncomplete);
 }
 
 TEST(CodePoints, EncodingRefusesSurrogatesAndOutOfRange) {
     UInt8 b[4];
     UInt16 u[2];
-    ExpectFailure(Raised([&] { Uni::CodePoint_to_UTF8_Multi(0x110000, b); }),
+    ExpectFailure(CatchFailure([&] { Uni::CodePoint_to_UTF8_Multi(0x110000, b); }),
                   {"cpIn <= 0x10FFFF", "UTF32 codepoint is out of range"});
-    ExpectFailure(Raised([&] { Uni::CodePoint_to_UTF8_Multi(0xD800, b); }),
+    ExpectFailure(CatchFailure([&] { Uni::CodePoint_to_UTF8_Multi(0xD800, b); }),
                   {"!((0xD800 <= cpIn) && (cpIn <= 0xDFFF))", "Bad UTF32 codepoint"});
     const std::function<void(UInt32)> to16[] = {
         [&](UInt32 cp) { Uni::CodePoint_to_UTF16Nat(cp, u); },
@@ -169,8 +158,8 @@ TEST(CodePoints, EncodingRefusesSurrogatesAndOutOfRange) {
         [&](UInt32 cp) { Uni::CodePoint_to_UTF16Swp_Surrogate(cp, u); },
     };
     for (const auto& f : to16) {
-        ExpectFailure(Raised([&] { f(0x110000); }), {"cpIn <= 0x10FFFF", "Bad UTF32 - out of range"});
-        ExpectFailure(Raised([&] { f(0xDFFF); }),
+        ExpectFailure(CatchFailure([&] { f(0x110000); }), {"cpIn <= 0x10FFFF", "Bad UTF32 - out of range"});
+        ExpectFailure(CatchFailure([&] { f(0xDFFF); }),
                       {"!((0xD800 <= cpIn) && (cpIn <= 0xDFFF))", "Bad UTF32 - surrogate code point"});
     }
 }
@@ -196,9 +185,9 @@ TEST(CodePoints, RoundTrips) {
 
 TEST(CodePoints, OnlyTheSwappedDecoderChecksTheLowHalf) {
     EXPECT_EQ(Uni::CodePoint_from_UTF16Nat_Surrogate(0xD800, 0x0001), 0x10001u);
-    ExpectFailure(Raised([] { Uni::CodePoint_from_UTF16Swp_Surrogate(0x00D8, 0x0100); }),
+    ExpectFailure(CatchFailure([] { Uni::CodePoint_from_UTF16Swp_Surrogate(0x00D8, 0x0100); }),
                   {"!((loUnit < 0xDC00) || (0xDFFF < loUnit))", "Bad UTF16 - missing low surrogate"});
-    ExpectFailure(Raised([] { Uni::CodePoint_from_UTF16Swp_Surrogate(0x00D8, 0x00E0); }),
+    ExpectFailure(CatchFailure([] { Uni::CodePoint_from_UTF16Swp_Surrogate(0x00D8, 0x00E0); }),
                   {"!((loUnit < 0xDC00) || (0xDFFF < loUnit))", "Bad UTF16 - missing low surrogate"});
 }
 

@@ -10,10 +10,9 @@
 #include "Filters/CCITTFaxDecode.h"
 #include "support/TestSupport.h"
 
+using namespace lum;
 using namespace lum::Filters;
-using lum::test::ReadAll;
-using lum::test::Source;
-using lum::Int64;
+using namespace lum::test;
 
 namespace {
 
@@ -46,16 +45,6 @@ std::string Rows(std::initializer_list<int> bytes) {
     std::string s;
     for (int b : bytes) s += static_cast<char>(b);
     return s;
-}
-
-std::string Hex(const std::string& s) {
-    std::string r;
-    char buf[4];
-    for (unsigned char c : s) {
-        std::snprintf(buf, sizeof buf, "%02X ", c);
-        r += buf;
-    }
-    return r;
 }
 
 struct KnownAnswer {
@@ -180,18 +169,18 @@ TEST(CCITTFaxDecode, EndOfDataRowCountsAndDamage) {
 TEST(CCITTFaxDecode, ParametersShapeTheRow) {
     CCITTFaxParams p;
     p.columns = 8;
-    EXPECT_EQ(Hex(Decode(Bits("10011"), p)), "FF ");
+    EXPECT_EQ(Hex(Decode(Bits("10011"), p)), "FF");
     p.black_is_1 = true;
-    EXPECT_EQ(Hex(Decode(Bits("10011"), p)), "00 ");
+    EXPECT_EQ(Hex(Decode(Bits("10011"), p)), "00");
     // Byte-aligned rows without EOLs: the fill behind each row is skipped.
     p = CCITTFaxParams{};
     p.columns = 8;
     p.encoded_byte_align = true;
-    EXPECT_EQ(Hex(Decode(Bits("10011 000  0111 011 0111 00000"), p)), "FF C3 ");
+    EXPECT_EQ(Hex(Decode(Bits("10011 000  0111 011 0111 00000"), p)), "FFC3");
     // Odd widths: the bits behind the last column are white.
     p = CCITTFaxParams{};
     p.columns = 5;
-    EXPECT_EQ(Hex(Decode(Bits("0111 10"), p)), "C7 ");
+    EXPECT_EQ(Hex(Decode(Bits("0111 10"), p)), "C7");
     p.columns = 0;
     EXPECT_EQ(Decode(Bits("10011"), p), "");
 }
@@ -222,7 +211,7 @@ TEST(CCITTFaxDecode, BytesBehindTheDataStayWithTheInput) {
     p.rows = 1;
     for (size_t window : {size_t(1) << 20, size_t(1)}) {
         CCITTFaxDecode d(Source(Bits("001 0111 011 1") + " EI Q", window), p);
-        EXPECT_EQ(Hex(ReadAll(d)), "C3 ");
+        EXPECT_EQ(Hex(ReadAll(d)), "C3");
         d.Flush();
         auto rest = d.ReleaseAttachedFilter();
         EXPECT_EQ(ReadAll(*rest), " EI Q") << window;

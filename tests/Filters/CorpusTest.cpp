@@ -9,7 +9,6 @@
 #include <filesystem>
 
 #include "FilterTestUtil.h"
-#include "Filters/ExtBufInputFilter.h"
 #include "Filters/FlateDecode.h"
 #include "Filters/MappedFile.h"
 #include "Filters/ThreadSafeFilter.h"
@@ -23,9 +22,8 @@ std::vector<std::filesystem::path> CorpusPdfs() {
     std::vector<std::filesystem::path> files;
     auto dir = lum::test::CorpusDir();
     if (!dir) return files;
-    for (const auto& e : std::filesystem::recursive_directory_iterator(*dir)) {
+    for (const auto& e : std::filesystem::recursive_directory_iterator(*dir))
         if (e.is_regular_file() && e.path().extension() == ".pdf") files.push_back(e.path());
-    }
     std::sort(files.begin(), files.end());
     return files;
 }
@@ -86,12 +84,9 @@ TEST(Corpus, FlateStreamsDecodeAsPlainZlibDoes) {
             std::string expected = BareInflate(data);
             if (expected.size() >= (64u << 20)) continue;
             // Whole input, and the input in 1 KiB windows as a mapped file gives it.
-            auto d = std::make_unique<FlateDecode>(std::make_unique<ExtBufInputFilter>(
-                reinterpret_cast<const lum::UInt8*>(data.data()), data.size()));
-            ASSERT_EQ(lum::test::ReadAll(*d), expected) << p << " at " << start;
-            ASSERT_EQ(lum::test::ReadAll(std::make_unique<FlateDecode>(lum::test::Source(data, 1024))),
-                      expected)
-                << p << " at " << start;
+            for (size_t window : {data.size() + 1, size_t(1024)})
+                ASSERT_EQ(lum::test::ReadAll(std::make_unique<FlateDecode>(lum::test::Source(data, window))), expected)
+                    << p << " at " << start << " window " << window;
             ++streams;
         }
     }

@@ -160,12 +160,11 @@ TEST(DCTDecode, FatalErrorsRaiseWithLibjpegsText) {
     ASSERT_NE(sof, std::string::npos);
     bad_length[sof + 2] = 0;
     bad_length[sof + 3] = 3;
-    struct Case {
+    const struct Case {
         const char* what;
         std::string data;
         const char* message_start;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"no JPEG at all", "plain text, no image", "Not a JPEG file"},
         {"empty", "", ""},
         {"no quantisation table", WithoutSegment(jpeg, 0xDB), "Quantization table"},

@@ -11,9 +11,7 @@
 #include "Filters/RunLengthDecode.h"
 
 using namespace lum::Filters;
-using lum::test::Hex;
-using lum::test::ReadAll;
-using lum::test::Source;
+using namespace lum::test;
 
 namespace {
 

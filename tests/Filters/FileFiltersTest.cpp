@@ -14,12 +14,9 @@
 #include "Filters/ThreadSafeFilter.h"
 #include "support/TestSupport.h"
 
+using namespace lum;
 using namespace lum::Filters;
-using lum::UInt8;
-using lum::test::ReadAll;
-using lum::test::ReadFile;
-using lum::test::TempDir;
-using lum::test::WriteFile;
+using namespace lum::test;
 
 namespace {
 

@@ -9,34 +9,12 @@
 #include <stdexcept>
 
 #include "Filters/FilterReader.h"
+#include "support/TrickleFilter.h"
 
 namespace lum::test {
 
-namespace {
-
-class WindowedSource : public Filters::BufFilter {
-public:
-    WindowedSource(const std::string& bytes, size_t window)
-        : BufFilter(nullptr, std::max<size_t>(window, 1), true), m_data(bytes) {}
-    const char* GetName() const override { return "WindowedSource"; }
-
-protected:
-    size_t Process() override {
-        size_t n = std::min(m_buf_size, m_data.size() - m_pos);
-        std::memcpy(m_buf_begin, m_data.data() + m_pos, n);
-        m_pos += n;
-        return n;
-    }
-
-private:
-    std::string m_data;
-    size_t m_pos = 0;
-};
-
-}  // namespace
-
 std::unique_ptr<Filters::Filter> Source(const std::string& bytes, size_t window) {
-    return std::make_unique<WindowedSource>(bytes, window);
+    return std::make_unique<TrickleFilter>(std::vector<UInt8>(bytes.begin(), bytes.end()), std::max<size_t>(window, 1));
 }
 
 std::string ReadAll(Filters::Filter& f, size_t chunk) {

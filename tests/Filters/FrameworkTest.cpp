@@ -11,11 +11,9 @@
 #include "Filters/MemoryFilter.h"
 #include "Filters/PNGPredictorDecode.h"
 
+using namespace lum;
 using namespace lum::Filters;
-using lum::UInt8;
-using lum::Int64;
-using lum::test::ReadAll;
-using lum::test::Source;
+using namespace lum::test;
 
 namespace {
 

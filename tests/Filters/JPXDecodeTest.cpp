@@ -12,11 +12,9 @@
 #include "Filters/JPXDecode.h"
 #include "Filters/JPXDecodeShapes.h"
 
+using namespace lum;
 using namespace lum::Filters;
-using lum::UInt8;
-using lum::UInt32;
-using lum::test::ReadAll;
-using lum::test::Source;
+using namespace lum::test;
 
 namespace {
 
@@ -247,11 +245,10 @@ TEST(JPXDecode, BrokenAndHostileDataGiveAnEmptyStream) {
     const size_t siz = many_components.find("\xFF\x51");
     many_components[siz + 38] = 0x40;  // Csiz 16384
     many_components[siz + 39] = 0x00;
-    struct Case {
+    const struct Case {
         const char* what;
         std::string data;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"empty", ""},
         {"garbage", "this is no JPEG 2000 data at all, not even a header"},
         {"a JP2 signature and nothing more", std::string("\0\0\0\x0CjP  \r\n\x87\n", 12)},

@@ -8,8 +8,7 @@
 #include "Filters/TIFFPredictorDecode.h"
 
 using namespace lum::Filters;
-using lum::test::ReadAll;
-using lum::test::Source;
+using namespace lum::test;
 
 namespace {
 
@@ -127,8 +126,8 @@ TEST(TIFFPredictorDecode, RoundTripsEveryWidth) {
 }
 
 TEST(Predictor, FactoryAndBounds) {
-    EXPECT_EQ(CreatePredictorFilter(Source("abc"), 1, 1, 1, 8)->GetName(), std::string("WindowedSource"));
-    EXPECT_EQ(CreatePredictorFilter(Source("abc"), 0, 1, 1, 8)->GetName(), std::string("WindowedSource"));
+    EXPECT_EQ(CreatePredictorFilter(Source("abc"), 1, 1, 1, 8)->GetName(), std::string("Trickle"));
+    EXPECT_EQ(CreatePredictorFilter(Source("abc"), 0, 1, 1, 8)->GetName(), std::string("Trickle"));
     EXPECT_EQ(CreatePredictorFilter(Source("abc"), 2, 1, 1, 8)->GetName(),
               std::string("TIFFPredictorDecode"));
     for (int p = 10; p <= 15; ++p)

@@ -17,12 +17,11 @@ namespace {
 
 TEST(FerroxResources, LookupsByName) {
     Ferrox::Initialize();
-    struct Case {
+    const struct Case {
         const char* name;
         bool cmap;
         bool font;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"H", true, false},          {"Identity-H", true, false},
         {"Identity-V", true, false}, {"Adobe-Japan1-UCS2", true, false},
         {"UniGB-UTF16-V", true, false}, {"Made-Up-H", false, false},

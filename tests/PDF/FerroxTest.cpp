@@ -54,13 +54,6 @@ TEST(Ferrox, ResourcesPathMustOpenAsFile) {
     EXPECT_FALSE(Ferrox::SetResourcesPath("c:\\"));
 }
 
-TEST(Ferrox, TempPathIsAFolder) {
-    const std::string temp = Ferrox::GetSystemTempPath();
-    ASSERT_FALSE(temp.empty());
-    EXPECT_TRUE(fs::is_directory(temp));
-    EXPECT_EQ(temp, Ferrox::GetSystemTempPath());
-}
-
 TEST(Ferrox, SweepRemovesFilesOfDeadProcessesOnly) {
     lum::test::TempDir dir;
     const std::string me = std::to_string(getpid());

@@ -10,11 +10,9 @@
 #include "PDF/Page.h"
 #include "support/TestSupport.h"
 
-using lum::PDF::Page;
-using lum::PDF::Rect;
+using namespace lum::PDF;
+using namespace lum::test;
 using lum::SDF::Obj;
-using lum::test::NumArray;
-using lum::test::ObjPool;
 
 namespace {
 

@@ -12,12 +12,9 @@
 #include "SDF/Obj.h"
 #include "support/TestSupport.h"
 
+using namespace lum::test;
 using lum::PDF::PageIterator;
 using lum::PDF::PDFDoc;
-using lum::test::BuildPdf;
-using lum::test::CatchFailure;
-using lum::test::kBadOffset;
-using lum::test::kFree;
 
 namespace {
 
@@ -26,12 +23,12 @@ const std::string kPage = "<< /Type /Page /Parent 2 0 R >>";
 
 // Opens `objects` as a file; the document lives as long as this object.
 struct Opened {
-    lum::test::TempDir dir;
+    TempDir dir;
     std::unique_ptr<PDFDoc> doc;
     explicit Opened(const std::vector<std::string>& objects,
                     const std::string& trailer = "/Root 1 0 R") {
         const auto path = dir / "t.pdf";
-        lum::test::WriteFile(path, BuildPdf(objects, trailer));
+        WriteFile(path, BuildPdf(objects, trailer));
         doc = std::make_unique<PDFDoc>(path.string());
     }
 };
@@ -431,9 +428,9 @@ TEST(PDFDoc, RefreshFormAppearancesClearsTheRequest) {
 }
 
 TEST(PDFDoc, FilesThatAreNoPdfRaise) {
-    lum::test::TempDir dir;
-    lum::test::WriteFile(dir / "empty.pdf", "");
-    lum::test::WriteFile(dir / "text.pdf", "just some text\n");
+    TempDir dir;
+    WriteFile(dir / "empty.pdf", "");
+    WriteFile(dir / "text.pdf", "just some text\n");
     for (const char* name : {"empty.pdf", "text.pdf", "missing.pdf"})
         EXPECT_THROW(PDFDoc((dir / name).string()), lum::Common::Exception) << name;
     EXPECT_THROW(PDFDoc(dir.path().string()), lum::Common::Exception);

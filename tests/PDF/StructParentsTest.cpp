@@ -81,90 +81,56 @@ std::string BuildTagged(const Tagged& t) {
 }
 
 TEST(StructParents, LookupAndElements) {
-    struct Case {
+    using Change = std::pair<std::string Tagged::*, std::string>;
+    const std::string none = "0:none 1:none f0:none", both = "0:R8 1:R9 f0:none";
+    const std::string two_keys = "<< /Nums [0 [8 0 R 9 0 R] 1 [9 0 R]] >>";
+    const struct Case {
         const char* name;
-        Tagged t;
+        std::vector<Change> changes;
         const char* lookup;   // LookUpStructParents of the page
-        const char* parents;  // what the elements answer
-    };
-    auto with = [](auto change) {
-        Tagged t;
-        change(t);
-        return t;
-    };
-    const std::vector<Case> cases = {
-        {"tagged page, form without a key", Tagged{}, "array", "0:R8 1:R9 f0:none"},
-        {"form with its own key", with([](Tagged& t) {
-             t.form_key = "/StructParents 1";
-             t.parent_tree = "<< /Nums [0 [8 0 R 9 0 R] 1 [9 0 R]] >>";
-         }),
-         "array", "0:R8 1:R9 f0:R9"},
-        {"form with StructParent", with([](Tagged& t) {
-             t.form_key = "/StructParent 1";
-             t.parent_tree = "<< /Nums [0 [8 0 R 9 0 R] 1 [9 0 R]] >>";
-         }),
-         "array", "0:R8 1:R9 f0:R9"},
-        {"no key", with([](Tagged& t) { t.page_key = ""; }), "none", "0:none 1:none f0:none"},
-        {"StructParent alone", with([](Tagged& t) { t.page_key = "/StructParent 0"; }), "array",
-         "0:R8 1:R9 f0:none"},
-        {"StructParents before StructParent", with([](Tagged& t) {
-             t.page_key = "/StructParent 1 /StructParents 0";
-             t.parent_tree = "<< /Nums [0 [8 0 R 9 0 R] 1 [9 0 R 8 0 R]] >>";
-         }),
-         "array", "0:R8 1:R9 f0:none"},
-        {"key truncated", with([](Tagged& t) { t.page_key = "/StructParents 0.9"; }), "array",
-         "0:R8 1:R9 f0:none"},
-        {"key beyond 32 bits", with([](Tagged& t) { t.page_key = "/StructParents 4294967296"; }),
-         "none", "0:none 1:none f0:none"},
-        {"key not a number", with([](Tagged& t) { t.page_key = "/StructParents /Zero"; }), "none",
-         "0:none 1:none f0:none"},
-        {"untagged document", with([](Tagged& t) { t.catalog = ""; }), "none",
-         "0:none 1:none f0:none"},
-        {"StructTreeRoot an array", with([](Tagged& t) { t.catalog = "/StructTreeRoot [6 0 R]"; }),
-         "none", "0:none 1:none f0:none"},
-        {"StructTreeRoot a stream", with([](Tagged& t) { t.catalog = "/StructTreeRoot 12 0 R"; }),
-         "none", "0:none 1:none f0:none"},
-        {"StructTreeRoot missing object",
-         with([](Tagged& t) { t.catalog = "/StructTreeRoot 99 0 R"; }), "none",
-         "0:none 1:none f0:none"},
-        {"no ParentTree", with([](Tagged& t) { t.tree_root = "<< /Type /StructTreeRoot >>"; }),
-         "none", "0:none 1:none f0:none"},
-        {"ParentTree an array", with([](Tagged& t) { t.parent_tree = "[0 [8 0 R 9 0 R]]"; }),
-         "none", "0:none 1:none f0:none"},
-        {"key not in the tree", with([](Tagged& t) { t.page_key = "/StructParents 3"; }), "none",
-         "0:none 1:none f0:none"},
-        {"value a dictionary", with([](Tagged& t) { t.parent_tree = "<< /Nums [0 8 0 R] >>"; }),
-         "R8", "0:none 1:none f0:none"},
-        {"value a stream", with([](Tagged& t) { t.parent_tree = "<< /Nums [0 12 0 R] >>"; }), "R12",
-         "0:none 1:none f0:none"},
-        {"value a number", with([](Tagged& t) { t.parent_tree = "<< /Nums [0 8] >>"; }), "none",
-         "0:none 1:none f0:none"},
-        {"value null", with([](Tagged& t) { t.parent_tree = "<< /Nums [0 null] >>"; }), "none",
-         "0:none 1:none f0:none"},
-        {"MCID past the array", with([](Tagged& t) { t.parent_tree = "<< /Nums [0 [8 0 R]] >>"; }),
-         "array", "0:R8 1:none f0:none"},
-        {"entries of other kinds", with([](Tagged& t) {
-             t.parent_tree = "<< /Nums [0 [(x) 12 0 R]] >>";
-         }),
-         "array", "0:none 1:R12 f0:none"},
-        {"direct entry", with([](Tagged& t) {
-             t.parent_tree = "<< /Nums [0 [<< /S /P >> 9 0 R]] >>";
-         }),
-         "array", "0:direct 1:R9 f0:none"},
-        {"odd leaf", with([](Tagged& t) { t.parent_tree = "<< /Nums [0 [8 0 R 9 0 R] 1] >>"; }),
-         "none", "0:none 1:none f0:none"},
-        {"damaged ParentTree object", with([](Tagged& t) {
-             t.parent_tree = "<< /Nums [0 [8 0 R 9 0 R]] /Type OBJR >>";
-         }),
-         "none", "0:none 1:none f0:none"},
-        {"tree with a cycle", with([](Tagged& t) {
-             t.parent_tree = "<< /Kids [7 0 R 11 0 R] >>";
-             t.extra11 = "<< /Nums [0 [9 0 R 8 0 R]] >>";
-         }),
+        std::string parents;  // what the elements answer
+    } cases[] = {
+        {"tagged page, form without a key", {}, "array", both},
+        {"form with its own key",
+         {{&Tagged::form_key, "/StructParents 1"}, {&Tagged::parent_tree, two_keys}}, "array", "0:R8 1:R9 f0:R9"},
+        {"form with StructParent",
+         {{&Tagged::form_key, "/StructParent 1"}, {&Tagged::parent_tree, two_keys}}, "array", "0:R8 1:R9 f0:R9"},
+        {"no key", {{&Tagged::page_key, ""}}, "none", none},
+        {"StructParent alone", {{&Tagged::page_key, "/StructParent 0"}}, "array", both},
+        {"StructParents before StructParent",
+         {{&Tagged::page_key, "/StructParent 1 /StructParents 0"},
+          {&Tagged::parent_tree, "<< /Nums [0 [8 0 R 9 0 R] 1 [9 0 R 8 0 R]] >>"}},
+         "array", both},
+        {"key truncated", {{&Tagged::page_key, "/StructParents 0.9"}}, "array", both},
+        {"key beyond 32 bits", {{&Tagged::page_key, "/StructParents 4294967296"}}, "none", none},
+        {"key not a number", {{&Tagged::page_key, "/StructParents /Zero"}}, "none", none},
+        {"untagged document", {{&Tagged::catalog, ""}}, "none", none},
+        {"StructTreeRoot an array", {{&Tagged::catalog, "/StructTreeRoot [6 0 R]"}}, "none", none},
+        {"StructTreeRoot a stream", {{&Tagged::catalog, "/StructTreeRoot 12 0 R"}}, "none", none},
+        {"StructTreeRoot missing object", {{&Tagged::catalog, "/StructTreeRoot 99 0 R"}}, "none", none},
+        {"no ParentTree", {{&Tagged::tree_root, "<< /Type /StructTreeRoot >>"}}, "none", none},
+        {"ParentTree an array", {{&Tagged::parent_tree, "[0 [8 0 R 9 0 R]]"}}, "none", none},
+        {"key not in the tree", {{&Tagged::page_key, "/StructParents 3"}}, "none", none},
+        {"value a dictionary", {{&Tagged::parent_tree, "<< /Nums [0 8 0 R] >>"}}, "R8", none},
+        {"value a stream", {{&Tagged::parent_tree, "<< /Nums [0 12 0 R] >>"}}, "R12", none},
+        {"value a number", {{&Tagged::parent_tree, "<< /Nums [0 8] >>"}}, "none", none},
+        {"value null", {{&Tagged::parent_tree, "<< /Nums [0 null] >>"}}, "none", none},
+        {"MCID past the array", {{&Tagged::parent_tree, "<< /Nums [0 [8 0 R]] >>"}}, "array", "0:R8 1:none f0:none"},
+        {"entries of other kinds", {{&Tagged::parent_tree, "<< /Nums [0 [(x) 12 0 R]] >>"}}, "array",
+         "0:none 1:R12 f0:none"},
+        {"direct entry", {{&Tagged::parent_tree, "<< /Nums [0 [<< /S /P >> 9 0 R]] >>"}}, "array",
+         "0:direct 1:R9 f0:none"},
+        {"odd leaf", {{&Tagged::parent_tree, "<< /Nums [0 [8 0 R 9 0 R] 1] >>"}}, "none", none},
+        {"damaged ParentTree object", {{&Tagged::parent_tree, "<< /Nums [0 [8 0 R 9 0 R]] /Type OBJR >>"}},
+         "none", none},
+        {"tree with a cycle",
+         {{&Tagged::parent_tree, "<< /Kids [7 0 R 11 0 R] >>"}, {&Tagged::extra11, "<< /Nums [0 [9 0 R 8 0 R]] >>"}},
          "array", "0:R9 1:R8 f0:none"},
     };
     for (const Case& c : cases) {
-        test::MemoryDoc doc(BuildTagged(c.t));
+        Tagged t;
+        for (const auto& [field, value] : c.changes) t.*field = value;
+        test::MemoryDoc doc(BuildTagged(t));
         PDF::Page page = doc.FirstPage();
         SDF::Obj* found = PDF::LookUpStructParents(page.GetSDFObj());
         EXPECT_EQ(Ref(found), c.lookup) << c.name;

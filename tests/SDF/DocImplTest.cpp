@@ -2,9 +2,7 @@
 // lazy loading, the objects the store makes itself, and loads from several threads.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
-#include <cstring>
 #include <thread>
 #include <vector>
 
@@ -18,26 +16,6 @@ using namespace lum::test;
 using SDF::Indirect;
 
 namespace {
-
-// An input that can only be read forward, as a pipe would be.
-class ForwardOnlyFilter : public Filters::BufFilter {
-public:
-    explicit ForwardOnlyFilter(std::string bytes)
-        : BufFilter(nullptr, 100, true), m_bytes(std::move(bytes)) {}
-    const char* GetName() const override { return "ForwardOnly"; }
-
-protected:
-    size_t Process() override {
-        const size_t n = std::min(m_buf_size, m_bytes.size() - m_pos);
-        std::memcpy(m_buf_begin, m_bytes.data() + m_pos, n);
-        m_pos += n;
-        return n;
-    }
-
-private:
-    std::string m_bytes;
-    size_t m_pos = 0;
-};
 
 std::string SimpleFile(const std::string& trailer_extra = "/Root 1 0 R") {
     PdfBuilder b;
@@ -81,10 +59,8 @@ TEST(DocImpl, ReferenceToAFreeObject) {
     EXPECT_EQ(four->Find(SDF::Name("Key")), four->DictEnd());
     SDF::Obj* element = four->FindObj("List")->GetAt(0);
     ASSERT_TRUE(element->IsIndirect());
-    const Failure f = CatchFailure([&] { element->GetType(); });
-    EXPECT_EQ(f.message, "Attempt to load a free object");
-    EXPECT_EQ(f.condition, "obj.IsFree() == false");
-    EXPECT_EQ(f.function, "lum::SDF::DocImpl::LoadObj");
+    EXPECT_LUM_FAILURE(element->GetType(), "Attempt to load a free object", "obj.IsFree() == false",
+                       "lum::SDF::DocImpl::LoadObj");
     // The next use tries again, with the same result.
     EXPECT_THROW(element->GetType(), Common::Exception);
 }
@@ -128,20 +104,16 @@ TEST(DocImpl, OpeningChecksTheCatalog) {
 
     // Without Root even after the repair: opening works, asking for the root fails.
     MemDoc rootless(SimpleFile("/Info 4 0 R"));
-    const Failure f = CatchFailure([&] { rootless.Doc().GetRoot(); });
-    EXPECT_EQ(f.message, "Doc root not found");
-    EXPECT_EQ(f.condition, "root");
-    EXPECT_EQ(f.function, "lum::SDF::DocImpl::GetRoot");
+    EXPECT_LUM_FAILURE(rootless.Doc().GetRoot(), "Doc root not found", "root", "lum::SDF::DocImpl::GetRoot");
 }
 
 TEST(DocImpl, EncryptedDocumentWaitsForItsPasswordBeforeTheRootCheck) {
     const std::string encrypt = "/Encrypt << /Filter /Standard /V 1 /R 2 /O (x) /U (y) /P -4 >>";
-    struct Case {
+    const struct Case {
         const char* name;
         std::string trailer;
         bool rebuilt;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"standard Encrypt", "/Root 1 0 R " + encrypt, false},
         {"Encrypt that is no dictionary", "/Root 1 0 R /Encrypt 5", true},
         {"Encrypt without Filter", "/Root 1 0 R /Encrypt << /V 1 >>", true},
@@ -219,7 +191,8 @@ TEST(DocImpl, InputFilterRequirements) {
     EXPECT_EQ(f.function, "lum::SDF::DocImpl::DocImpl");
 
     // An input that can't seek is read into memory first.
-    SDF::SDFDoc doc(std::make_unique<ForwardOnlyFilter>(SimpleFile()));
+    const std::string file = SimpleFile();
+    SDF::SDFDoc doc(std::make_unique<TrickleFilter>(std::vector<UInt8>(file.begin(), file.end()), 100));
     EXPECT_FALSE(doc.IsRebuilt());
     EXPECT_EQ(StrText(doc.GetObj(4)), "four");
 }

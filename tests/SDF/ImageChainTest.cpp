@@ -16,14 +16,6 @@ using namespace lum::test;
 
 namespace {
 
-std::unique_ptr<FileStream> MakeStream(const std::string& dict, const std::string& data) {
-    lum::test::MemParser p(dict);
-    p.One();
-    auto* d = static_cast<Dict*>(p->PopObjNoDelete());
-    return std::make_unique<FileStream>(d, std::vector<UInt8>(data.begin(), data.end()));
-}
-
-
 struct Case {
     const char* name;
     std::string dict;
@@ -71,12 +63,11 @@ TEST(ImageChain, JBIG2NeedsTheImageSize) {
 }
 
 TEST(ImageChain, JPXShapeFromTheImage) {
-    struct Case {
+    const struct JpxCase {
         const char* dict;
         int components, bits;
         bool stripe, own_colors;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"<<>>", 1, 8, false, true},
         {"<</ColorSpace /DeviceRGB>>", 3, 8, false, false},
         {"<</ColorSpace /DeviceCMYK /BitsPerComponent 4>>", 4, 8, false, false},

@@ -3,8 +3,6 @@
 // this build does not decode).
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -19,42 +17,15 @@ using lum::UInt8;
 
 namespace {
 
-struct ManifestRow {
-    std::string file;
-    size_t bytes = 0;
-    std::string features;
-};
-
-std::vector<ManifestRow> ReadManifest(const std::filesystem::path& dir) {
-    std::ifstream in(dir / "MANIFEST.tsv");
-    std::vector<ManifestRow> rows;
-    std::string line;
-    std::getline(in, line);  // header
-    while (std::getline(in, line)) {
-        std::vector<std::string> cols;
-        std::stringstream ss(line);
-        for (std::string col; std::getline(ss, col, '\t');) cols.push_back(col);
-        if (cols.size() < 5) continue;
-        rows.push_back({cols[0], size_t(std::stoull(cols[3])), "," + cols[4] + ","});
-    }
-    return rows;
-}
-
-bool Has(const ManifestRow& r, const char* feature) {
-    return r.features.find("," + std::string(feature) + ",") != std::string::npos;
-}
-
 // Files whose structure our object layer must read in full: object streams and the text
 // filters, in files that no reader calls damaged, and that need no password.
-std::vector<ManifestRow> Selection(const std::filesystem::path& dir) {
-    std::vector<ManifestRow> picked;
-    for (const auto& r : ReadManifest(dir)) {
+std::vector<lum::test::CorpusRow> Selection(const std::filesystem::path& dir) {
+    std::vector<lum::test::CorpusRow> picked;
+    for (const auto& r : lum::test::CorpusManifest(dir)) {
         if (r.bytes > 1500000) continue;
-        if (!(Has(r, "objstm") || Has(r, "lzw") || Has(r, "ascii85") || Has(r, "asciihex")))
-            continue;
-        if (Has(r, "damaged") || Has(r, "qpdf-warnings") || Has(r, "qpdf-fails") ||
-            Has(r, "filter-unknown") || Has(r, "stream-errors") ||
-            r.features.find(",encrypt") != std::string::npos)
+        if (!(r.Has("objstm") || r.Has("lzw") || r.Has("ascii85") || r.Has("asciihex"))) continue;
+        if (r.Has("damaged") || r.Has("qpdf-warnings") || r.Has("qpdf-fails") || r.Has("filter-unknown") ||
+            r.Has("stream-errors") || r.After("encrypt"))
             continue;
         picked.push_back(r);
     }

@@ -15,12 +15,11 @@ using namespace lum::test;
 namespace {
 
 TEST(ObjLoad, BodiesAndTheirEnds) {
-    struct Case {
+    const struct Case {
         const char* name;
         std::string text;
         std::string value;
-    };
-    const std::vector<Case> cases = {
+    } cases[] = {
         {"plain", "3 0 obj 42 endobj", "42"},
         {"no endobj", "3 0 obj <</A 1>>\n9 0 obj (next) endobj", "<</A 1 >>"},
         {"any word ends", "3 0 obj [1 2] whatever", "[1 2]"},
@@ -45,21 +44,18 @@ TEST(ObjLoad, Failures) {
         const char* message;
         const char* condition;
     };
+    const char* kTwo = "Operator obj expects two arguments";
+    const char* kDict = "Stream expects a dictionary as an argument";
+    const char* kDictCond = "m_operand_stack.size() == 1 && m_operand_stack.back()->IsDict()";
     const std::vector<Case> cases = {
         {"no header", "garbage 1 2", "Object header not found", "false"},
         {"header cut", "3 0 endobj", "Object header not found", "false"},
-        {"one number", "0 obj 5 endobj", "Operator obj expects two arguments",
-         "m_operand_stack.size() == 2"},
-        {"three numbers", "1 3 0 obj 5 endobj", "Operator obj expects two arguments",
-         "m_operand_stack.size() == 2"},
+        {"one number", "0 obj 5 endobj", kTwo, "m_operand_stack.size() == 2"},
+        {"three numbers", "1 3 0 obj 5 endobj", kTwo, "m_operand_stack.size() == 2"},
         {"empty body", "3 0 obj endobj", "Operator endobj expects a single argument",
          "m_operand_stack.size() >= 1"},
-        {"stream of an array", "3 0 obj [1] stream\nabc\nendstream endobj",
-         "Stream expects a dictionary as an argument",
-         "m_operand_stack.size() == 1 && m_operand_stack.back()->IsDict()"},
-        {"stream of two values", "3 0 obj 1 <<>> stream\nabc\nendstream endobj",
-         "Stream expects a dictionary as an argument",
-         "m_operand_stack.size() == 1 && m_operand_stack.back()->IsDict()"},
+        {"stream of an array", "3 0 obj [1] stream\nabc\nendstream endobj", kDict, kDictCond},
+        {"stream of two values", "3 0 obj 1 <<>> stream\nabc\nendstream endobj", kDict, kDictCond},
     };
     for (const auto& c : cases) {
         MemDoc doc(WithObjects({{3, c.text}}));
@@ -86,13 +82,12 @@ TEST(ObjLoad, UnknownKindAndPlaceholder) {
 }
 
 TEST(ObjLoad, StreamsStartBehindTheirLine) {
-    struct Case {
+    const struct Case {
         const char* name;
         std::string text;
         std::string data;
         lum::UInt64 offset_after_keyword;  // bytes between "stream" and the data
-    };
-    const std::vector<Case> cases = {
+    } cases[] = {
         {"lf", "3 0 obj <</Length 3>> stream\nabc\nendstream endobj", "abc", 1},
         {"crlf", "3 0 obj <</Length 3>> stream\r\nabc\nendstream endobj", "abc", 2},
         {"lone cr", "3 0 obj <</Length 3>> stream\rabc\nendstream endobj", "abc", 1},
@@ -109,11 +104,7 @@ TEST(ObjLoad, StreamsStartBehindTheirLine) {
         const size_t word_end = file.find_first_of("\r\n ", keyword);
         EXPECT_EQ(fs->GetDataOffset(), word_end + c.offset_after_keyword) << c.name;
         EXPECT_EQ(fs->GetHeaderObjNum(), 3u);
-        auto raw = s->GetRawStream(false);
-        lum::Filters::FilterReader r(raw.get());
-        std::string got;
-        for (int b; (b = r.Get()) >= 0;) got += char(b);
-        EXPECT_EQ(got, c.data) << c.name;
+        EXPECT_EQ(ReadAll(s->GetRawStream(false)), c.data) << c.name;
     }
 }
 

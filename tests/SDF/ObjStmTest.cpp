@@ -15,13 +15,6 @@ using namespace lum::test;
 
 namespace {
 
-std::unique_ptr<FileStream> MakeObjStm(const std::string& dict, const std::string& data) {
-    lum::test::MemParser p(dict);
-    p.One();
-    auto* d = static_cast<Dict*>(p->PopObjNoDelete());
-    return std::make_unique<FileStream>(d, std::vector<UInt8>(data.begin(), data.end()));
-}
-
 // Every object of the stream, as "number=value" in head order.
 std::string ReadAllObjects(Obj* stream) {
     ObjStmParser p(stream, nullptr, false);
@@ -35,13 +28,12 @@ std::string ReadAllObjects(Obj* stream) {
 }
 
 TEST(ObjStm, ReadsObjectsByOffset) {
-    struct Case {
+    const struct Case {
         const char* name;
         std::string dict;
         std::string data;
         std::string objects;
-    };
-    const std::vector<Case> cases = {
+    } cases[] = {
         {"plain", "<</Type /ObjStm /N 3 /First 12>>", "5 0 6 2 7 5 1 /B (three)",
          "5=1 6=/B 7=(three) "},
         {"containers", "<</N 2 /First 9>>", "1 0 2 13 <</A [1 2]>> [true]",
@@ -58,21 +50,20 @@ TEST(ObjStm, ReadsObjectsByOffset) {
         {"null value", "<</N 1 /First 4>>", "4 0 null", "4=null "},
     };
     for (const auto& c : cases) {
-        auto s = MakeObjStm(c.dict, c.data);
+        auto s = MakeStream(c.dict, c.data);
         EXPECT_EQ(ReadAllObjects(s.get()), c.objects) << c.name;
     }
 }
 
 TEST(ObjStm, Failures) {
-    struct Case {
+    const struct Case {
         const char* name;
         std::string dict;
         std::string data;
         const char* message;
         const char* condition;
         const char* function;
-    };
-    const std::vector<Case> cases = {
+    } cases[] = {
         {"no N", "<</First 0>>", "", "The dictionary does not contain required key: N", "false",
          "lum::SDF::Dict::Get"},
         {"no First", "<</N 0>>", "", "The dictionary does not contain required key: First",
@@ -89,7 +80,7 @@ TEST(ObjStm, Failures) {
          "false", "lum::SDF::Obj::IllegalFunctionException"},
     };
     for (const auto& c : cases) {
-        auto s = MakeObjStm(c.dict, c.data);
+        auto s = MakeStream(c.dict, c.data);
         EXPECT_LUM_FAILURE(ReadAllObjects(s.get()), c.message, c.condition, c.function);
     }
 }
@@ -101,7 +92,7 @@ TEST(ObjStm, HeadBound) {
     head.reserve(size_t(kMax + 1) * 4);
     for (long long i = 0; i <= kMax; ++i) head += "1 0 ";
     for (long long n : {kMax, kMax + 1}) {
-        auto s = MakeObjStm("<</N " + std::to_string(n) + " /First 0>>", head);
+        auto s = MakeStream("<</N " + std::to_string(n) + " /First 0>>", head);
         ObjStmParser p(s.get(), nullptr, false);
         EXPECT_EQ(p.GetCount(), size_t(kMax)) << n;
     }

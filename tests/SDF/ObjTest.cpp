@@ -19,12 +19,6 @@ using namespace lum::test;
 
 namespace {
 
-std::unique_ptr<Obj> Parse(const std::string& text) {
-    lum::test::MemParser p(text);
-    p.One();
-    return std::unique_ptr<Obj>(p->PopObjNoDelete());
-}
-
 TEST(Dict, FindFilterAndGet) {
     // Entry 7 is free, entry 0 is free-looking but stands for the trailer; neither is loaded.
     Indirect free_ref(nullptr, 7, 0, 0, 0);
@@ -194,7 +188,7 @@ TEST(Name, EveryListedNameHasItsOwnSlot) {
 
 TEST(Obj, OwnerLinks) {
     Indirect owner(nullptr, 12, 3, 100, 1);
-    Obj* value = Parse("<</A [1 <</B (x)>>] /C 2>>").release();
+    Obj* value = ParseValue("<</A [1 <</B (x)>>] /C 2>>").release();
     EXPECT_LUM_FAILURE(value->GetObjNum(), "GetObjNum() can't be invoked on Obj of this type.",
                        "false", "lum::SDF::Obj::IllegalFunctionException");
     owner.SetTarget(value);
@@ -236,12 +230,11 @@ TEST(Obj, IdentityAndValueEquality) {
     EXPECT_TRUE(ref.IsEqualValue(&other));
     EXPECT_TRUE(target->IsEqualValue(&other));
 
-    struct Case {
+    const struct Case {
         const char* a;
         const char* b;
         bool equal;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"1", "1.0", true},          {"1", "2", false},         {"/A", "/A", true},
         {"/A", "(A)", false},        {"(ab)", "<6162>", true},  {"(ab)", "(abc)", false},
         {"[1 [2]]", "[1 [2]]", true}, {"[1 [2]]", "[1 [3]]", false}, {"[1]", "[1 1]", false},
@@ -250,11 +243,11 @@ TEST(Obj, IdentityAndValueEquality) {
         {"null", "0", false},
     };
     for (const auto& c : cases) {
-        auto a = Parse(c.a), b = Parse(c.b);
+        auto a = ParseValue(c.a), b = ParseValue(c.b);
         EXPECT_EQ(a->IsEqualValue(b.get()), c.equal) << c.a << " vs " << c.b;
         EXPECT_EQ(b->IsEqualValue(a.get()), c.equal) << c.b << " vs " << c.a;
     }
-    EXPECT_FALSE(Parse("1")->IsEqualValue(nullptr));
+    EXPECT_FALSE(ParseValue("1")->IsEqualValue(nullptr));
 }
 
 TEST(Obj, ValueEqualityEndsOnCycles) {
@@ -273,11 +266,11 @@ TEST(Obj, ValueEqualityEndsOnCycles) {
 
 TEST(Obj, HashInputs) {
     // Strings hash by type alone; arrays and dictionaries by their elements, in order.
-    EXPECT_EQ(Parse("(a)")->Hash(), Parse("(b)")->Hash());
-    EXPECT_NE(Parse("[1 2]")->Hash(), Parse("[2 1]")->Hash());
-    EXPECT_EQ(Parse("<</A 1>>")->Hash(), Parse("<</A 1.0>>")->Hash());
-    EXPECT_NE(Parse("<</A 1>>")->Hash(), Parse("<</B 1>>")->Hash());
-    EXPECT_NE(Parse("true")->Hash(), Parse("false")->Hash());
+    EXPECT_EQ(ParseValue("(a)")->Hash(), ParseValue("(b)")->Hash());
+    EXPECT_NE(ParseValue("[1 2]")->Hash(), ParseValue("[2 1]")->Hash());
+    EXPECT_EQ(ParseValue("<</A 1>>")->Hash(), ParseValue("<</A 1.0>>")->Hash());
+    EXPECT_NE(ParseValue("<</A 1>>")->Hash(), ParseValue("<</B 1>>")->Hash());
+    EXPECT_NE(ParseValue("true")->Hash(), ParseValue("false")->Hash());
     // A reference hashes its number only, whatever it refers to.
     EXPECT_EQ(Indirect(nullptr, 42, 0, 0, 1).Hash(), Indirect(nullptr, 42, 3, 7, 1).Hash());
 }
@@ -285,7 +278,7 @@ TEST(Obj, HashInputs) {
 TEST(Obj, ClonesAreDeepExceptReferences) {
     Indirect ref(nullptr, 9, 0, 0, 1);
     ref.SetTarget(new Number(1));
-    auto d = Parse("<</A [1 (s) /N] /B <</C true>>>>");
+    auto d = ParseValue("<</A [1 (s) /N] /B <</C true>>>>");
     d->Put("R", &ref);
     std::unique_ptr<Obj> copy(d->Clone());
     EXPECT_TRUE(copy->IsEqualValue(d.get()));

@@ -2,6 +2,7 @@
 // Helpers shared by the object, parser and stream tests: catching a failure with its texts,
 // and parsing bytes from memory.
 #include <gtest/gtest.h>
+#include <zlib.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "support/TestSupport.h"
+#include "support/TrickleFilter.h"
 #include "Filters/ExtBufInputFilter.h"
 #include "Filters/Filter.h"
 #include "Filters/FilterReader.h"
@@ -21,27 +23,6 @@
 #include "SDF/SDFDoc.h"
 
 namespace lum::test {
-
-// A source that hands out at most `step` bytes per window, as a file behind a small buffer.
-class TrickleFilter final : public Filters::BufFilter {
-public:
-    TrickleFilter(std::vector<UInt8> data, size_t step)
-        : BufFilter(nullptr, step, true), m_data(std::move(data)), m_step(step) {}
-    const char* GetName() const override { return "Trickle"; }
-
-protected:
-    size_t Process() override {
-        const size_t n = std::min(m_step, m_data.size() - m_pos);
-        std::memcpy(m_buf_begin, m_data.data() + m_pos, n);
-        m_pos += n;
-        return n;
-    }
-
-private:
-    std::vector<UInt8> m_data;
-    size_t m_step;
-    size_t m_pos = 0;
-};
 
 // A parser over a copy of `bytes`, with the default container operator.
 class MemParser {
@@ -67,6 +48,28 @@ private:
     Filters::ExtBufInputFilter m_filter;
     SDF::Parser m_parser;
 };
+
+// `s` compressed by zlib, as a FlateDecode stream holds it.
+inline std::string Deflate(const std::string& s) {
+    uLongf n = compressBound(uLong(s.size()));
+    std::string out(n, '\0');
+    compress(reinterpret_cast<Bytef*>(out.data()), &n, reinterpret_cast<const Bytef*>(s.data()), uLong(s.size()));
+    out.resize(n);
+    return out;
+}
+
+// One value parsed from `text`, owned by the caller.
+inline std::unique_ptr<SDF::Obj> ParseValue(const std::string& text) {
+    MemParser p(text);
+    p.One();
+    return std::unique_ptr<SDF::Obj>(p->PopObjNoDelete());
+}
+
+// A memory stream whose dictionary is written in PDF syntax.
+inline std::unique_ptr<SDF::FileStream> MakeStream(const std::string& dict, const std::string& data) {
+    return std::make_unique<SDF::FileStream>(static_cast<SDF::Dict*>(ParseValue(dict).release()),
+                                             std::vector<UInt8>(data.begin(), data.end()));
+}
 
 // A compact text of a value, for comparing structures: numbers with %g, strings with
 // non-printing bytes as \xNN, references as R<num>.

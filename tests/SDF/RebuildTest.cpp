@@ -27,12 +27,11 @@ bool Found(MemDoc& doc, UInt32 num) {
 TEST(Rebuild, StreamLengthsFromTheKeywords) {
     MemDoc doc(ReadFile(DataPath("rebuild-length.pdf")));
     ASSERT_TRUE(doc.Impl().IsRebuilt());
-    struct Case {
+    const struct Case {
         UInt32 num;
         double length;
         std::string raw;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {4, 30, "BT /F1 12 Tf (Hello) Tj ET\n%%%"},
         {5, 4, "4142"},  // a filtered stream keeps its Length
         {6, 16, "endstream inside"},
@@ -91,12 +90,11 @@ TEST(Rebuild, LastDefinitionWins) {
 }
 
 TEST(Rebuild, TrailerChoice) {
-    struct Case {
+    const struct Case {
         const char* name;
         std::string trailers;  // behind the objects
         const char* kept;      // the value of /Which in the trailer chosen
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"first is always taken", "trailer\n<< /Which (a) /Prev 10 >>\n", "a"},
         {"a later one with Prev does not replace",
          "trailer\n<< /Which (old) /Root 1 0 R >>\ntrailer\n<< /Which (new) /Prev 10 >>\n", "old"},
@@ -176,12 +174,11 @@ TEST(Rebuild, ObjectStreamNamedBeforeItsHeaderKeepsThePlaceholder) {
 }
 
 TEST(Rebuild, WhatTheScanStepsOverAndWhatEndsIt) {
-    struct Case {
+    const struct Case {
         const char* name;
         std::string between;  // between object 3 and object 4
         bool four_found;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"stray words", "garbage words here\n", true},
         {"endobj and endstream alone", "endstream\nendobj\n", true},
         {"startxref followed by an object", "startxref\n123\n", true},
@@ -211,12 +208,11 @@ TEST(Rebuild, WhatTheScanStepsOverAndWhatEndsIt) {
 TEST(Rebuild, FailedBodySkipsToTheNextEndObj) {
     // The search for "endobj" wants a separator in front and reads plainly: the byte that
     // fails the match is consumed, even when it is the next separator.
-    struct Case {
+    const struct Case {
         const char* name;
         std::string bad;  // a body whose parse fails, then its end
         bool next_found;  // object 5, written directly behind
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"LF before endobj", "4 0 obj\n<< /A ) x\nendobj\n", true},
         // The CR passes as the separator, the LF fails as the first letter: "endobj" is not
         // seen, and the search runs on through object 5 to its endobj.

@@ -12,7 +12,6 @@
 #include "Common/Exception.h"
 #include "Common/Limits.h"
 #include "Common/UString.h"
-#include "Filters/ExtBufInputFilter.h"
 #include "SDF/CryptHandler.h"
 #include "SDF/CryptKeys.h"
 #include "SDF/Obj.h"
@@ -51,11 +50,10 @@ struct Doc {
 };
 
 TEST(SecurityHandlerTest, ConstructorRefusesKeySizesTheVersionCannotHave) {
-    struct Case {
+    const struct Case {
         int version, bits;
         const char* message;  // null: accepted
-    };
-    const Case cases[] = {
+    } cases[] = {
         {1, 40, nullptr},
         {1, 41, "The encryption algorithm V=1 supports only 40 bits keys."},
         {2, 40, nullptr},
@@ -100,12 +98,11 @@ TEST(SecurityHandlerTest, EncryptEntriesThatLeaveTheDocumentPlain) {
 }
 
 TEST(SecurityHandlerTest, FailuresThatReachTheCaller) {
-    struct Case {
+    const struct Case {
         std::vector<std::pair<const char*, const char*>> changes;
         const char* no_password;    // InitSecurityHandler, both forms
         const char* with_password;  // InitStdSecurityHandler
-    };
-    const Case cases[] = {
+    } cases[] = {
         {{{"Filter", "/Custom"}},
          "Requested security handler was not found.",
          "Not a standard security handler. The custom filter needs to be registered."},
@@ -128,12 +125,11 @@ TEST(SecurityHandlerTest, FailuresThatReachTheCaller) {
 }
 
 TEST(SecurityHandlerTest, DamagedEncryptDictionariesAnswerFalse) {
-    struct Case {
+    const struct Case {
         const char* file;
         const char* key;
         const char* value;  // null: erase the key
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"enc-r4-aes128.pdf", "R", "7"},
         {"enc-r4-aes128.pdf", "R", "1"},
         {"enc-r4-aes128.pdf", "U", nullptr},
@@ -176,13 +172,12 @@ TEST(SecurityHandlerTest, DocumentIdentifier) {
 }
 
 TEST(SecurityHandlerTest, VersionRoads) {
-    struct Case {
+    const struct Case {
         const char* file;
         std::vector<std::pair<const char*, const char*>> changes;
         const char* password;
         bool opens;
-    };
-    const Case cases[] = {
+    } cases[] = {
         // V absent is V 0 with 40 bits: the RC4 road of the file key, as V 1.
         {"enc-r2-rc4-40.pdf", {{"V", "null"}}, "user", true},
         {"enc-r3-rc4-128.pdf", {{"V", "3"}}, "user", true},
@@ -207,12 +202,11 @@ TEST(SecurityHandlerTest, VersionRoads) {
 TEST(SecurityHandlerTest, LongPasswordsAreCut) {
     const std::string p32 = "abcdefghijklmnopqrstuvwxyz012345";
     const std::string p127 = std::string(123, 'p') + "wxyz";
-    struct Case {
+    const struct Case {
         const char* file;
         std::string password;
         bool opens;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"enc-r4-aes128-long.pdf", p32, true},
         {"enc-r4-aes128-long.pdf", p32 + "and more", true},
         {"enc-r4-aes128-long.pdf", p32.substr(0, 31), false},
@@ -229,7 +223,7 @@ TEST(SecurityHandlerTest, LongPasswordsAreCut) {
 TEST(SecurityHandlerTest, CryptFilterSelection) {
     const char* kTitle = "Title";
     enum Data { kDecrypted, kUnchanged, kUnkeyed };
-    struct Case {
+    const struct Case {
         const char* what;
         const char* cf;      // null: keep the file's
         const char* strf;    // null: keep
@@ -237,8 +231,7 @@ TEST(SecurityHandlerTest, CryptFilterSelection) {
         bool any_password;   // opens with a wrong password
         Data strings, streams;
         size_t handlers;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"as written", nullptr, nullptr, nullptr, false, kDecrypted, kDecrypted, 1},
         {"strings Identity", nullptr, "/Identity", nullptr, false, kUnchanged, kDecrypted, 1},
         {"streams Identity", nullptr, nullptr, "/Identity", false, kDecrypted, kUnchanged, 1},
@@ -282,11 +275,7 @@ TEST(SecurityHandlerTest, CryptFilterSelection) {
         for (const auto& [num, o] : d.pdf.Objects())
             if (o.is_stream && o.data.size() < 100) content = &o;
         ASSERT_NE(content, nullptr);
-        auto raw_stream = std::make_unique<Filters::ExtBufInputFilter>(
-            reinterpret_cast<const UInt8*>(content->data.data()), content->data.size());
-        auto chain = d.crypt->CreateDecryptFilter(std::move(raw_stream), content->num, content->gen);
-        std::string out;
-        for (size_t n; (n = chain->Size()) > 0; chain->Consume(n)) out.append(reinterpret_cast<const char*>(chain->Begin()), n);
+        const std::string out = test::DecryptStream(*d.crypt, *content);
         if (c.streams == kDecrypted) {
             EXPECT_EQ(out, "BT /F1 24 Tf 72 760 Td (Hello, world.) Tj ET") << c.what;
         }
@@ -320,12 +309,11 @@ public:
 };
 
 TEST(SecurityHandlerTest, PasswordRounds) {
-    struct Case {
+    const struct Case {
         std::string password;
         bool opens;
         int authorize_calls;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"wrong", false, 4},
         {"", false, 1},  // nothing to ask for again
         {"user", true, 1},
@@ -343,11 +331,10 @@ TEST(SecurityHandlerTest, PasswordRounds) {
 }
 
 TEST(SecurityHandlerTest, PermissionBits) {
-    struct Case {
+    const struct Case {
         const char* p;
         std::vector<std::pair<SecurityHandler::Permission, bool>> answers;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"-4", {{SecurityHandler::e_print, true}, {SecurityHandler::e_print_high, true},
                 {SecurityHandler::e_doc_modify, true}, {SecurityHandler::e_assemble, true}}},
         // Bits 2 to 5 and 8 to 11 clear: printing, changes, copying, annotations, forms.

@@ -11,8 +11,6 @@
 
 #include "Common/Exception.h"
 #include "Common/UString.h"
-#include "Filters/ExtBufInputFilter.h"
-#include "Filters/FlateDecode.h"
 #include "SDF/Obj.h"
 #include "SDF/SecurityHandlerSetup.h"
 #include "SDF/SecurityTestPdf.h"
@@ -28,23 +26,6 @@ using Bytes = std::vector<UInt8>;
 
 UString Widened(const std::string& bytes) {
     return UString(bytes.data(), int(bytes.size()), enc_ascii);
-}
-
-std::string ReadAll(Filters::Filter& f) {
-    std::string out;
-    for (size_t n; (n = f.Size()) > 0;) {
-        out.append(reinterpret_cast<const char*>(f.Begin()), n);
-        f.Consume(n);
-    }
-    return out;
-}
-
-std::string DecryptStream(SecurityHandler& h, const test::TestObject& o, bool inflate) {
-    auto raw = std::make_unique<Filters::ExtBufInputFilter>(
-        reinterpret_cast<const UInt8*>(o.data.data()), o.data.size());
-    auto chain = h.CreateDecryptFilter(std::move(raw), o.num, o.gen);
-    if (inflate) chain = std::make_unique<Filters::FlateDecode>(std::move(chain));
-    return ReadAll(*chain);
 }
 
 bool IsType(const test::TestObject& o, const char* type) {
@@ -86,7 +67,7 @@ protected:
         for (const auto& [num, o] : pdf->Objects()) {
             if (!o.is_stream || IsType(o, "XRef")) continue;  // cross-reference streams stay clear
             if (IsType(o, "ObjStm")) {
-                const std::string text = DecryptStream(h, o, true);
+                const std::string text = test::DecryptStream(h, o, true);
                 // Strings of compressed objects come out readable with the stream, as they are.
                 if (text.find("/Title (Hello, world.)") != std::string::npos) ++object_streams;
                 continue;
@@ -95,7 +76,7 @@ protected:
                 EXPECT_TRUE(plain_streams.count(o.data)) << "the writer left it in the clear";
                 continue;
             }
-            const std::string text = DecryptStream(h, o, o.value->FindObj(SDF::Name("Filter")) != nullptr);
+            const std::string text = test::DecryptStream(h, o, o.value->FindObj(SDF::Name("Filter")) != nullptr);
             EXPECT_TRUE(plain_streams.count(text)) << c.file << " object " << num << ": " << text.substr(0, 60);
             if (text.find(") Tj") != std::string::npos) ++content_streams;
         }
@@ -212,12 +193,11 @@ TEST(SecurityPasswordForms, NonAsciiPasswordsByRevision) {
     const test::TestPdf r4(test::ReadFile(test::DataPath("enc-r4-aes128-latin1.pdf")));
     const test::TestPdf r6(test::ReadFile(test::DataPath("enc-r6-aes256-utf8.pdf")));
     const UString decoded(std::string("h\xC3\xB4tel"));  // U+00F4 as one character
-    struct Case {
+    const struct Case {
         const test::TestPdf* pdf;
         UString password;
         bool opens;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {&r4, decoded, true},
         {&r4, Widened("h\xC3\xB4tel"), false},  // UTF-8 bytes are not the PDFDocEncoding ones
         {&r6, decoded, true},                    // fails as F4, passes as C3 B4

@@ -4,6 +4,10 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "Filters/ExtBufInputFilter.h"
+#include "Filters/FilterReader.h"
+#include "Filters/FlateDecode.h"
+
 namespace lum::test {
 
 using SDF::Obj;
@@ -226,6 +230,17 @@ TestPdf::TestPdf(const std::string& bytes) {
         if (!target) throw std::runtime_error("Encrypt object missing");
         m_trailer->Put(SDF::Name("Encrypt"), target->value->Clone());
     }
+}
+
+std::string DecryptStream(SDF::SecurityHandler& h, const TestObject& o, bool inflate) {
+    auto chain = h.CreateDecryptFilter(std::make_unique<Filters::ExtBufInputFilter>(
+                                           reinterpret_cast<const UInt8*>(o.data.data()), o.data.size()),
+                                       o.num, o.gen);
+    if (inflate) chain = std::make_unique<Filters::FlateDecode>(std::move(chain));
+    Filters::FilterReader reader(chain.get());
+    std::string out;
+    for (int c; (c = reader.Get()) >= 0;) out += char(c);
+    return out;
 }
 
 SDF::Obj* TestPdf::Encrypt() const { return m_trailer->FindObj(SDF::Name("Encrypt")); }

@@ -11,6 +11,7 @@
 
 #include "Common/Types.h"
 #include "SDF/Obj.h"
+#include "SDF/SecurityHandler.h"
 
 namespace lum::test {
 
@@ -39,6 +40,9 @@ private:
     std::map<UInt32, TestObject> m_objects;
     std::unique_ptr<SDF::Obj> m_trailer;
 };
+
+// The stream's bytes through the handler's decryption, and then through FlateDecode if asked.
+std::string DecryptStream(SDF::SecurityHandler& h, const TestObject& o, bool inflate = false);
 
 // Parses one direct value at `pos` (moved past it); references become their object number.
 SDF::Obj* ParseTestValue(const std::string& s, size_t& pos);

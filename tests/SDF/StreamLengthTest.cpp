@@ -2,8 +2,6 @@
 // search for "endstream" ... "endobj" and store what it found.
 #include <gtest/gtest.h>
 
-#include <zlib.h>
-
 #include <string>
 
 #include "Filters/FilterReader.h"
@@ -15,46 +13,39 @@ using namespace lum::test;
 
 namespace {
 
+// Object 3: a stream of `dict` and, behind its "stream" line, `rest`.
+PdfObject Three(const std::string& dict, const std::string& rest = "hello\nendstream\nendobj") {
+    return {3, "3 0 obj " + dict + " stream\n" + rest};
+}
+
 TEST(StreamLength, WhatTheReaderDelivers) {
-    struct Case {
+    const struct Case {
         const char* name;
         std::vector<PdfObject> objects;
         std::string data;
         bool searched;  // Length was not a number and was stored by the search
-    };
-    const std::vector<Case> cases = {
-        {"numeric", {{3, "3 0 obj <</Length 5>> stream\nhello\nendstream\nendobj"}}, "hello",
-         false},
+    } cases[] = {
+        {"numeric", {Three("<</Length 5>>")}, "hello", false},
         // A number is believed: 0 in front of real data is an empty stream, a long one runs on.
-        {"zero", {{3, "3 0 obj <</Length 0>> stream\nhello\nendstream\nendobj"}}, "", false},
-        {"too long", {{3, "3 0 obj <</Length 8>> stream\nhello\nendstream\nendobj"}}, "hello\nen",
-         false},
-        {"indirect number",
-         {{3, "3 0 obj <</Length 4 0 R>> stream\nhello\nendstream\nendobj"}, {4, "4 0 obj 4 endobj"}},
-         "hell", false},
+        {"zero", {Three("<</Length 0>>")}, "", false},
+        {"too long", {Three("<</Length 8>>")}, "hello\nen", false},
+        {"indirect number", {Three("<</Length 4 0 R>>"), {4, "4 0 obj 4 endobj"}}, "hell", false},
         // Missing, free, out of the table, the stream itself: the search runs. It keeps the line
         // end in front of "endstream".
-        {"missing", {{3, "3 0 obj <<>> stream\nhello\nendstream\nendobj"}}, "hello\n", true},
-        {"free", {{3, "3 0 obj <</Length 5 0 R>> stream\nhello\nendstream\nendobj"}}, "hello\n",
-         true},
-        {"outside the table", {{3, "3 0 obj <</Length 999 0 R>> stream\nhello\nendstream\nendobj"}},
-         "hello\n", true},
-        {"itself", {{3, "3 0 obj <</Length 3 0 R>> stream\nhello\nendstream\nendobj"}}, "hello\n",
-         true},
-        {"name", {{3, "3 0 obj <</Length /Five>> stream\nhello\nendstream\nendobj"}}, "hello\n",
-         true},
+        {"missing", {Three("<<>>")}, "hello\n", true},
+        {"free", {Three("<</Length 5 0 R>>")}, "hello\n", true},
+        {"outside the table", {Three("<</Length 999 0 R>>")}, "hello\n", true},
+        {"itself", {Three("<</Length 3 0 R>>")}, "hello\n", true},
+        {"name", {Three("<</Length /Five>>")}, "hello\n", true},
         // "endstream" inside the data, not followed by "endobj": the search passes over it.
-        {"keyword in data",
-         {{3, "3 0 obj <<>> stream\nab endstream cd\nendstream\nendobj"}}, "ab endstream cd\n",
-         true},
+        {"keyword in data", {Three("<<>>", "ab endstream cd\nendstream\nendobj")}, "ab endstream cd\n", true},
         // The rule counts "endstream" and one byte behind it: more white space or a comment
         // there lengthens the data into the keyword.
-        {"comment before endobj",
-         {{3, "3 0 obj <<>> stream\nxy\nendstream %c\n endobj"}}, "xy\nends", true},
-        {"endstream at once", {{3, "3 0 obj <<>> stream\nendstream\nendobj"}}, "", true},
-        {"overlapping start", {{3, "3 0 obj <<>> stream\nendendstream\nendobj"}}, "end", true},
+        {"comment before endobj", {Three("<<>>", "xy\nendstream %c\n endobj")}, "xy\nends", true},
+        {"endstream at once", {Three("<<>>", "endstream\nendobj")}, "", true},
+        {"overlapping start", {Three("<<>>", "endendstream\nendobj")}, "end", true},
         // A partial keyword in the data: the match restarts inside it, not behind it.
-        {"partial keyword", {{3, "3 0 obj <<>> stream\nABCendstrendstream\nendobj"}}, "ABCendstr", true},
+        {"partial keyword", {Three("<<>>", "ABCendstrendstream\nendobj")}, "ABCendstr", true},
     };
     for (const auto& c : cases) {
         MemDoc doc(WithObjects(c.objects, 6));
@@ -73,25 +64,20 @@ TEST(StreamLength, WhatTheReaderDelivers) {
 }
 
 TEST(StreamLength, RawLengthRunsTheSearch) {
-    MemDoc doc(WithObjects({{3, "3 0 obj <</Length 9 0 R>> stream\nabcdef\nendstream\nendobj"}}, 10));
+    MemDoc doc(WithObjects({Three("<</Length 9 0 R>>", "abcdef\nendstream\nendobj")}, 10));
     EXPECT_EQ(doc->GetObj(3)->GetRawStreamLength(), 7u);
     EXPECT_EQ(doc->GetObj(3)->Get(e_Length)->second->GetNumber(), 7);
 }
 
 TEST(StreamLength, NoEndFails) {
-    const std::string file = WithObjects({{3, "3 0 obj <<>> stream\nabc endstream endobx"}});
-    MemDoc doc(file);
+    MemDoc doc(WithObjects({Three("<<>>", "abc endstream endobx")}));
     EXPECT_LUM_FAILURE(doc->GetObj(3)->GetRawStream(false), "Unexpected end of stream",
                        "byte != EOF", "lum::SDF::FileStream::CalcStmLength");
 }
 
 TEST(StreamLength, DecodedFromTheFile) {
     const std::string text = "BT /F1 12 Tf (Hello) Tj ET";
-    uLongf n = compressBound(uLong(text.size()));
-    std::string z(n, '\0');
-    compress(reinterpret_cast<Bytef*>(z.data()), &n, reinterpret_cast<const Bytef*>(text.data()),
-             uLong(text.size()));
-    z.resize(n);
+    const std::string z = Deflate(text);
     MemDoc doc(WithObjects({{3, "3 0 obj <</Length " + std::to_string(z.size()) +
                                     " /Filter /FlateDecode>> stream\n" + z + "\nendstream\nendobj"}}));
     Obj* s = doc->GetObj(3);

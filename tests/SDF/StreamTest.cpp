@@ -1,8 +1,6 @@
 // Decoder chains from Filter and DecodeParms, on streams held in memory.
 #include <gtest/gtest.h>
 
-#include <zlib.h>
-
 #include <memory>
 #include <string>
 
@@ -19,15 +17,6 @@ namespace {
 
 // Data for an ASCIIHexDecode stage, with its end marker.
 std::string AHx(const std::string& s) { return Hex(s) + ">"; }
-
-std::string Deflate(const std::string& s) {
-    uLongf n = compressBound(uLong(s.size()));
-    std::string out(n, '\0');
-    compress(reinterpret_cast<Bytef*>(out.data()), &n, reinterpret_cast<const Bytef*>(s.data()),
-             uLong(s.size()));
-    out.resize(n);
-    return out;
-}
 
 // LZW with literal codes only (clear, bytes, end), 9 bits wide: valid for short data.
 std::string LzwLiteral(const std::string& s) {
@@ -62,14 +51,6 @@ std::string RunLength(const std::string& s) {
 // Rows of 3 bytes behind PNG "Sub" tags: each byte the difference to the one on its left.
 const std::string kPlainRows = "\x01\x02\x03\x10\x20\x30";
 const std::string kPngRows = std::string("\x01\x01\x01\x01\x01\x10\x10\x10", 8);
-
-// A memory stream whose dictionary is written in PDF syntax.
-std::unique_ptr<FileStream> MakeStream(const std::string& dict, const std::string& data) {
-    lum::test::MemParser p(dict);
-    p.One();
-    auto* d = static_cast<Dict*>(p->PopObjNoDelete());
-    return std::make_unique<FileStream>(d, std::vector<UInt8>(data.begin(), data.end()));
-}
 
 TEST(Stream, DecoderChains) {
     struct Case {
@@ -132,13 +113,12 @@ TEST(Stream, LeaveLastStage) {
 }
 
 TEST(Stream, ChainFailures) {
-    struct Case {
+    const struct Case {
         const char* dict;
         const char* message;
         const char* condition;
         const char* function;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"<</Filter /NoSuchDecode>>", "Unknown filter", "false",
          "lum::SDF::StreamCreateDecodeFilter"},
         {"<</Filter [/AHx /Bogus]>>", "Unknown filter", "false",

@@ -103,13 +103,12 @@ TEST(XRefParser, BytesBeforeTheHeaderShiftEveryOffset) {
 }
 
 TEST(XRefParser, HeaderRecognition) {
-    struct Case {
+    const struct Case {
         std::string start;
         const char* header;  // stored text
         UInt32 first_obj_num;
         bool rebuilt;  // the header's offset shifts every offset of the file
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"%PDF-1.7\n", "%PDF-1.7", 1, false},
         {"%FDF-2.0\r\n", "%FDF-2.0", 1, false},
         {"%%PDF-1.5\n", "", 0, false},                  // a percent and a non-letter skip two bytes
@@ -132,12 +131,11 @@ TEST(XRefParser, HeaderRecognition) {
 }
 
 TEST(XRefParser, StartXRefSearchFromTheEnd) {
-    struct Case {
+    const struct Case {
         const char* name;
         std::string tail;  // what follows the table's offset line
         bool rebuilt;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"plain", "\n%%EOF\n", false},
         {"1000 bytes after EOF", "\n%%EOF\n" + std::string(1000, 'x'), false},
         {"1100 bytes after EOF", "\n%%EOF\n" + std::string(1100, 'x'), true},
@@ -163,7 +161,7 @@ TEST(XRefParser, FailuresOfTheFileStructure) {
     const std::string table = b.Table();
     const std::string trailer = "trailer\n<< /Size 4 /Root 1 0 R >>\n";
     const std::string end = "startxref\n" + at + "\n%%EOF\n";
-    struct Case {
+    const struct Case {
         const char* name;
         std::string file;
         const char* message;
@@ -171,8 +169,7 @@ TEST(XRefParser, FailuresOfTheFileStructure) {
         const char* function;
         bool root_after_repair = true;  // files without a trailer outside the table need
                                         // the catalog search of the document layer
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"keyword glued to a word", objects + table + trailer + "xstartxref\n" + at + "\n",
          "PDF startxref not found. The file is not a valid PDF document.", "false",
          "lum::SDF::XRefParser::FindXRefOffset"},

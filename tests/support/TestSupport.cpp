@@ -1,11 +1,14 @@
 #include "support/TestSupport.h"
 
+#include <gtest/gtest.h>
+
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <fstream>
@@ -24,6 +27,34 @@ std::optional<fs::path> CorpusDir() {
     std::error_code ec;
     if (fs::is_directory(p, ec)) return p;
     return std::nullopt;
+}
+
+bool CorpusRow::Has(const std::string& feature) const {
+    return std::find(features.begin(), features.end(), feature) != features.end();
+}
+
+std::optional<std::string> CorpusRow::After(const std::string& prefix) const {
+    for (const std::string& f : features)
+        if (f.rfind(prefix, 0) == 0) return f.substr(prefix.size());
+    return std::nullopt;
+}
+
+std::vector<CorpusRow> CorpusManifest(const fs::path& corpus) {
+    std::ifstream in(corpus / "MANIFEST.tsv");
+    std::vector<CorpusRow> rows;
+    std::string line;
+    std::getline(in, line);  // header
+    while (std::getline(in, line)) {
+        std::vector<std::string> cols;
+        std::istringstream ss(line);
+        for (std::string col; std::getline(ss, col, '\t');) cols.push_back(col);
+        if (cols.size() < 5) continue;
+        CorpusRow r{cols[0], size_t(std::stoull(cols[3])), {}};
+        std::istringstream feats(cols[4]);
+        for (std::string f; std::getline(feats, f, ',');) r.features.push_back(f);
+        rows.push_back(std::move(r));
+    }
+    return rows;
 }
 
 std::string Hex(const std::string& bytes) {
@@ -145,6 +176,16 @@ RunResult Run(const std::string& program, const std::vector<std::string>& args, 
 RunResult RunScrivex(const std::vector<std::string>& args, const fs::path& cwd, const std::string& input,
                      int timeout_seconds) {
     return Run(LUM_SCRIVEX_BIN, args, cwd, input, timeout_seconds);
+}
+
+std::string QuietOutput(const std::string& data_file, const std::vector<std::string>& options) {
+    std::vector<std::string> args = {"--verb", "0"};
+    args.insert(args.end(), options.begin(), options.end());
+    args.push_back(DataPath(data_file).string());
+    TempDir dir;
+    const RunResult r = RunScrivex(args, dir.path());
+    EXPECT_EQ(r.status, 0) << r.out;
+    return r.out;
 }
 
 #if defined(__SANITIZE_ADDRESS__)

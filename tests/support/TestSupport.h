@@ -59,6 +59,18 @@ std::filesystem::path DataPath(const std::string& name);
 // The shared corpus of real-world PDFs, or nothing (tests then skip with a message).
 std::optional<std::filesystem::path> CorpusDir();
 
+// One row of the corpus's MANIFEST.tsv: the file (relative to the corpus), its size and its
+// comma-separated features.
+struct CorpusRow {
+    std::string file;
+    size_t bytes = 0;
+    std::vector<std::string> features;
+    bool Has(const std::string& feature) const;
+    // What follows `prefix` in the first feature that starts with it.
+    std::optional<std::string> After(const std::string& prefix) const;
+};
+std::vector<CorpusRow> CorpusManifest(const std::filesystem::path& corpus);
+
 std::string ReadFile(const std::filesystem::path& p);
 // Two upper-case hex digits per byte, nothing between them.
 std::string Hex(const std::string& bytes);
@@ -93,6 +105,10 @@ RunResult Run(const std::string& program, const std::vector<std::string>& args,
 // Runs the built scrivex binary.
 RunResult RunScrivex(const std::vector<std::string>& args, const std::filesystem::path& cwd = {},
                      const std::string& input = {}, int timeout_seconds = 60);
+
+// What scrivex prints with "--verb 0", `options` and the file `data_file` of tests/data, run in
+// a fresh folder; a test failure when it does not exit with 0.
+std::string QuietOutput(const std::string& data_file, const std::vector<std::string>& options);
 
 // Runs `program` under prlimit with 2 GiB of address space (none in a sanitized build, which
 // reserves terabytes) and `seconds`, stretched for the slower sanitized build.

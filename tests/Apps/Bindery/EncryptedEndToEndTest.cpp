@@ -7,9 +7,7 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -128,8 +126,7 @@ TEST(EncryptedEndToEnd, EveryCipherAndPasswordKindGivesThePlainReport) {
 // Adds 1 to the catalog's offset in the table of a file written without object streams, so
 // that the catalog can only be reached through the rebuild.
 void DamageCatalogOffset(const fs::path& in, const fs::path& out) {
-    std::ifstream f(in, std::ios::binary);
-    std::string s((std::istreambuf_iterator<char>(f)), std::istreambuf_iterator<char>());
+    std::string s = lum::test::ReadFile(in);
     const size_t root = s.rfind("/Root ");
     const size_t xref = s.rfind("\nxref\n");
     ASSERT_NE(std::string::npos, root);
@@ -141,7 +138,7 @@ void DamageCatalogOffset(const fs::path& in, const fs::path& out) {
     char digits[11];
     std::snprintf(digits, sizeof digits, "%010lu", offset + 1);
     s.replace(row, 10, digits);
-    std::ofstream(out, std::ios::binary) << s;
+    lum::test::WriteFile(out, s);
 }
 
 // A file that opens with the empty user password and whose catalog needs the rebuild: the
@@ -216,38 +213,16 @@ struct CorpusEntry {
     std::string password;  // UTF-8, as the manifest writes it
 };
 
-std::vector<std::string> Split(const std::string& s, char sep) {
-    std::vector<std::string> parts;
-    size_t start = 0;
-    for (size_t at; (at = s.find(sep, start)) != std::string::npos; start = at + 1)
-        parts.push_back(s.substr(start, at - start));
-    parts.push_back(s.substr(start));
-    return parts;
-}
-
 // Encrypted files with the standard handler and a known user password (empty when the
 // manifest names none). Public-key files and those whose parameters or password are unknown
 // can't be opened by any password and are left out.
 std::vector<CorpusEntry> EncryptedCorpusFiles(const fs::path& corpus) {
-    std::ifstream in(corpus / "MANIFEST.tsv");
     std::vector<CorpusEntry> entries;
-    std::string line;
-    std::getline(in, line);  // header
-    while (std::getline(in, line)) {
-        const std::vector<std::string> cols = Split(line, '\t');
-        if (cols.size() < 5) continue;
-        CorpusEntry e;
-        e.file = cols[0];
-        bool skip = false;
-        for (const std::string& f : Split(cols[4], ',')) {
-            if (f.rfind("encrypt-R", 0) == 0) e.revision = std::stoi(f.substr(9));
-            if (f == "encrypted-pubkey" || f == "encrypted-unknown" || f == "password=?") skip = true;
-            if (f.rfind("password=", 0) == 0) {
-                e.has_password = true;
-                e.password = f.substr(9);  // a password of one space keeps its space
-            }
-        }
-        if (e.revision != 0 && !skip) entries.push_back(e);
+    for (const lum::test::CorpusRow& row : lum::test::CorpusManifest(corpus)) {
+        const auto revision = row.After("encrypt-R");
+        const auto password = row.After("password=");  // a password of one space keeps its space
+        if (!revision || row.Has("encrypted-pubkey") || row.Has("encrypted-unknown") || password == "?") continue;
+        entries.push_back({row.file, std::stoi(*revision), password.has_value(), password.value_or("")});
     }
     return entries;
 }

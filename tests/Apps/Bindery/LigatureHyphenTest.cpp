@@ -12,15 +12,6 @@
 
 namespace {
 
-std::string Screen(std::vector<std::string> options) {
-    options.insert(options.begin(), {"--verb", "0"});
-    options.push_back(lum::test::DataPath("ligatures-hyphens.pdf").string());
-    lum::test::TempDir dir;
-    const lum::test::RunResult r = lum::test::RunScrivex(options, dir.path());
-    EXPECT_EQ(r.status, 0) << r.out;
-    return r.out;
-}
-
 const std::string kJoined = "example\none\nexample\ntwo\nexample\nthree\nexample\nfour\n";
 const std::string kSplit =
     "exam-\nple one\nexam\\U00AD\nple two\nexam\\U2010\nple three\nexam\\U2011\nple four\n";
@@ -41,5 +32,5 @@ TEST(LigatureHyphen, ScreenOutput) {
          "find\noffline\n\\UE001nd\nexam-\nple\none\nexam\\U00AD\nple\ntwo\nexam\\U2010\nple\n"
          "three\nexam\\U2011\nple\nfour\n"},
     };
-    for (const auto& c : cases) EXPECT_EQ(Screen(c.options), c.out) << c.name;
+    for (const auto& c : cases) EXPECT_EQ(lum::test::QuietOutput("ligatures-hyphens.pdf", c.options), c.out) << c.name;
 }

@@ -9,7 +9,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <map>
 #include <set>
@@ -33,15 +32,6 @@ struct Geometry {
 using PageMap = std::map<int, Geometry>;
 
 const char kPrlimit[] = "/usr/bin/prlimit";
-
-std::vector<std::string> CorpusFiles(const fs::path& corpus) {
-    std::ifstream in(corpus / "MANIFEST.tsv");
-    std::vector<std::string> files;
-    std::string line;
-    std::getline(in, line);  // header
-    while (std::getline(in, line)) files.push_back(line.substr(0, line.find('\t')));
-    return files;
-}
 
 void Order(double* box) {
     if (box[0] > box[2]) std::swap(box[0], box[2]);
@@ -77,18 +67,10 @@ PageMap ReadPdfinfo(const std::string& out) {
 // Our report line: ten numbers and a rotation in degrees, ", " between them.
 bool ParseReport(const std::string& line, Geometry& g) {
     double v[11];
-    const char* p = line.c_str();
-    for (int i = 0; i < 11; ++i) {
-        char* end = nullptr;
-        v[i] = std::strtod(p, &end);
-        if (end == p) return false;
-        p = end;
-        if (i < 10) {
-            if (std::strncmp(p, ", ", 2) != 0) return false;
-            p += 2;
-        }
-    }
-    if (*p != '\0') return false;
+    int used = 0;
+    const int got = std::sscanf(line.c_str(), "%lf, %lf, %lf, %lf, %lf, %lf, %lf, %lf, %lf, %lf, %lf%n", &v[0], &v[1],
+                                &v[2], &v[3], &v[4], &v[5], &v[6], &v[7], &v[8], &v[9], &v[10], &used);
+    if (got != 11 || used != int(line.size())) return false;
     std::copy(v + 2, v + 6, g.media);
     std::copy(v + 6, v + 10, g.crop);
     g.rotation = static_cast<int>(v[10]);
@@ -182,7 +164,8 @@ TEST(PageInfoCorpus, AgreesWithAnotherReader) {
     if (!fs::exists("/usr/bin/pdfinfo")) GTEST_SKIP() << "pdfinfo is not installed";
     if (!fs::exists(kPrlimit)) GTEST_SKIP() << "prlimit is not installed";
 
-    const std::vector<std::string> files = CorpusFiles(*corpus);
+    std::vector<std::string> files;
+    for (const auto& row : lum::test::CorpusManifest(*corpus)) files.push_back(row.file);
     const auto known = KnownDifferences();
     auto refusals = KnownRefusals();
     std::map<std::string, OurDocument> ours;

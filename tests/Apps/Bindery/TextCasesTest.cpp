@@ -7,18 +7,7 @@
 
 #include "support/TestSupport.h"
 
-namespace {
-
-std::string Text(const std::string& file, const std::vector<std::string>& options) {
-    std::vector<std::string> args = {"--verb", "0"};
-    args.insert(args.end(), options.begin(), options.end());
-    args.push_back(lum::test::DataPath(file).string());
-    const lum::test::RunResult r = lum::test::RunScrivex(args);
-    EXPECT_EQ(r.status, 0) << r.out;
-    return r.out;
-}
-
-}  // namespace
+using lum::test::QuietOutput;
 
 TEST(TextCases, SwitchesOfDuplicateHiddenAndInvisibleText) {
     const std::string none = "", dup = "--no_dup_remove", hidden = "--remove_hidden_text",
@@ -51,13 +40,13 @@ TEST(TextCases, SwitchesOfDuplicateHiddenAndInvisibleText) {
     for (const auto& c : cases) {
         std::vector<std::string> options;
         if (!c.option.empty()) options.push_back(c.option);
-        EXPECT_EQ(Text(c.file, options), c.text) << c.file << " " << c.option;
+        EXPECT_EQ(QuietOutput(c.file, options), c.text) << c.file << " " << c.option;
     }
 }
 
 // The fill colour of each line in the XML style, by the conversions of each family.
 TEST(TextCases, ColoursOfEachFamily) {
-    const std::string xml = Text("textcase-colors.pdf", {"-f", "xml", "--xml_output_styles"});
+    const std::string xml = QuietOutput("textcase-colors.pdf", {"-f", "xml", "--xml_output_styles"});
     const struct {
         const char* word;
         const char* color;

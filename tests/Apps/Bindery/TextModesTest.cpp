@@ -25,16 +25,7 @@ fs::path Put(const TempDir& dir) {
     return p;
 }
 
-std::string Screen(const std::vector<std::string>& options) {
-    TempDir dir;
-    Put(dir);
-    std::vector<std::string> args = {"--verb", "0"};
-    args.insert(args.end(), options.begin(), options.end());
-    args.push_back("my.pdf");
-    const RunResult r = RunScrivex(args, dir.path());
-    EXPECT_EQ(r.status, 0) << r.out;
-    return r.out;
-}
+std::string Screen(const std::vector<std::string>& options) { return lum::test::QuietOutput(kFile, options); }
 
 size_t Count(const std::string& s, const std::string& what) {
     size_t n = 0;

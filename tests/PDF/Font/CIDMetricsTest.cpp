@@ -72,9 +72,8 @@ TEST_P(CIDMetrics, Decoding) {
     MemoryDoc doc(MetricsPdf(c.entries));
     const PDF::Font type0 = CompositeFont(doc);
     const PDF::Font font = type0.GetDescendant();
-    for (const auto& [cid, width] : c.widths) {
+    for (const auto& [cid, width] : c.widths)
         EXPECT_EQ(font.GetWidth(cid), width) << "CID " << cid;
-    }
     for (const Vertical& v : c.vertical) {
         double vx = 0, vy = 0;
         EXPECT_EQ(font.GetVerticalAdvance(v.cid, vx, vy), v.w1) << "CID " << v.cid;
@@ -156,13 +155,12 @@ TEST(CIDMetrics, CharSetFontsMeasureMissingWidths) {
 // Glyph indexes of an embedded CIDFontType2 (a TrueType program of tools/gen-test-fonts.py):
 // through CIDToGIDMap, two bytes a glyph with an odd last byte dropped, or the CID itself.
 TEST(CIDMetrics, GlyphIndexesThroughCIDToGIDMap) {
-    struct Case {
+    const struct Case {
         std::string map;  // the CIDToGIDMap entry, "" for none
         UInt32 cid;
         bool found;
         UInt32 glyph;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"9 0 R", 0, true, 2}, {"9 0 R", 1, true, 1}, {"9 0 R", 2, false, 0},
         {"/Identity", 2, true, 2}, {"", 1, true, 1},
     };

@@ -17,10 +17,8 @@
 #include "../ObjBuilder.h"
 #include "support/TestSupport.h"
 
+using namespace lum;
 using namespace lum::PDF::Fnt;
-using lum::UInt16;
-using lum::UInt32;
-using lum::UInt8;
 
 namespace {
 
@@ -52,12 +50,11 @@ TEST(CMapStm, UnicodeLookups) {
         UInt32 code;
         std::vector<UInt16> units;  // empty: not found
     };
-    struct Case {
+    const struct Case {
         const char* what;
         std::string text;
         std::vector<Query> queries;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"one range over every two-byte code",
          "1 beginbfrange <0000> <FFFF> <0000> endbfrange",
          {{0x1234, {0x1234}}, {0xFFFF, {0xFFFF}}, {0x41, {0x41}}, {0x10000, {}}}},
@@ -145,13 +142,12 @@ TEST(CMapStm, CodesReadOffBytes) {
         "2 begincidchar <A1> 500 <9000> 77 endcidchar "
         "1 begincidrange <000000> <0000FF> 9000 endcidrange");
     ASSERT_TRUE(cmap);
-    struct Case {
+    const struct Case {
         std::vector<UInt8> bytes;
         int eaten;
         UInt32 code;
         UInt32 cid;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {{0x41}, 1, 0x41, 0x42},
         {{0x81, 0x41}, 2, 0x8141, 634},
         {{0xA1, 0x41}, 1, 0xA1, 500},
@@ -168,20 +164,14 @@ TEST(CMapStm, CodesReadOffBytes) {
     EXPECT_EQ(cmap->MapToCID(0x8150), 633u + 0x10);
     EXPECT_EQ(cmap->MapToCID(0xA1), 500u);
     EXPECT_EQ(cmap->MapToCID(0x817F), 0u);
-    // A cidrange over 2^31 codes is two entries, and its far end answers at once.
-    auto wide = Parse("1 begincidrange <00000000> <7FFFFFFF> 0 endcidrange");
-    ASSERT_TRUE(wide);
-    EXPECT_EQ(static_cast<CMapStm&>(*wide).GetEntryCount(), 2u);
-    EXPECT_EQ(wide->MapToCID(0x7FFFFFFE), 0x7FFFFFFEu);
 }
 
 TEST(CMapStm, WritingMode) {
-    struct Case {
+    const struct Case {
         std::string text;
         int dict_wmode;
         bool horizontal;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"", -1, true},
         {"/WMode 1 def", -1, false},
         {"/WMode 0 def", -1, true},
@@ -310,8 +300,7 @@ TEST(CMapStm, HostileStreamsEndInBoundedTimeAndMemory) {
     UInt32 code = 0, cid = 0;
     EXPECT_EQ(wide->MapToCID(last, 4, code, cid), 4);
     EXPECT_EQ(cid, 5u + 0x7FFFFFFFu);
-    EXPECT_EQ(Units(*past, 0x0000), std::vector<UInt16>{0xFFFF});
-    EXPECT_EQ(Units(*past, 0x0002), std::vector<UInt16>{0x0001});  // the last unit wraps in 16 bits
+    EXPECT_EQ(wide->MapToCID(0x7FFFFFFE), 5u + 0x7FFFFFFEu);
     EXPECT_LT(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(), 1.0);
 
     // A destination of 10,000 units keeps the first ones.

@@ -198,11 +198,10 @@ TEST(SharedFonts, OneObjectPerDictionaryAndBoundedIdleEntries) {
 }
 
 TEST(StandardFontNames, Recognition) {
-    struct Row {
+    const struct Row {
         const char* name;
         Font::StandardType1Font index;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"Times-Roman", Font::e_times_roman},       {"TimesNewRoman,Bold", Font::e_times_bold},
         {"TimesNewRomanPS-BoldMT", Font::e_times_bold}, {"TimesNewRomanPS-ItalicMT", Font::e_times_italic},
         {"Arial", Font::e_helvetica},               {"Arial,BoldItalic", Font::e_helvetica_bold_oblique},

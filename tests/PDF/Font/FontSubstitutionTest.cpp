@@ -147,13 +147,12 @@ TEST(FontSubstitution, Decisions) {
 // (the programs are metric-compatible, not identical in shape: within 4% of the em).
 TEST(FontSubstitution, StandardGlyphsAgainstTheirAFMBoxes) {
     lum::PDF::Ferrox::Initialize();
-    struct Case {
+    const struct Case {
         int font;
         const char* name;
         double advance;
         double llx, lly, urx, ury;  // AFM box, y upwards
-    };
-    const Case cases[] = {
+    } cases[] = {
         {0, "A", 722, 15, 0, 706, 674},         {4, "H", 722, 77, 0, 646, 718},
         {8, "x", 600, 20, 0, 580, 426},         {2, "g", 500, 8, -206, 472, 441},
         {5, "period", 278, 64, 0, 214, 146},    {12, "alpha", 631, 41, -18, 622, 500},

@@ -26,11 +26,10 @@ std::vector<Unicode> Table(const std::vector<const char*>& names, UnicodeTableIn
 }
 
 TEST(GlyphNames, OneNameEachRule) {
-    struct Case {
+    const struct Case {
         const char* name;
         Unicode value;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"A", 0x41},
         {"A.swash", 0x41},            // cut at the period
         {"Asmall", 0x61},             // in the list at U+F761, folded
@@ -88,13 +87,12 @@ TEST(GlyphNames, NumberingIsFixedByTheFirstNameItAppliesTo) {
 }
 
 TEST(GlyphNames, CompoundSplit) {
-    struct Case {
+    const struct Case {
         const char* name;
         int capacity;
         bool ok;
         std::vector<Unicode> units;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"a_b", 4, true, {0x61, 0x62}},
         {"T_h_e", 4, true, {0x54, 0x68, 0x65}},
         {"T_h_e", 2, true, {0x54, 0x68}},    // capacity full: the rest is dropped
@@ -132,14 +130,13 @@ TEST(GlyphNames, SimpleFontCodes) {
     in.names = names;
     Unicode table[256];
     BuildUnicodeTable(in, table);
-    struct Case {
+    const struct Case {
         UInt32 code;
         const CMap* cmap;
         bool use;
         bool real;
         std::vector<Unicode> units;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {0xC8, cmap.get(), true, true, {0x61}},            // hit, folded to one unit
         {0x41, cmap.get(), true, true, {0x66, 0x69}},      // hit before the name
         {0x42, cmap.get(), true, true, {0x61}},            // a fold replaces all units
@@ -166,13 +163,12 @@ TEST(GlyphNames, SimpleFontCodes) {
 }
 
 TEST(GlyphNames, Placeholders) {
-    struct Case {
+    const struct Case {
         UInt32 code;
         Unicode first;  // what the simple mapping left
         Unicode type3;
         Unicode composite;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {65, 0xE041, 65, 0xE041},
         {20, 0xE014, 0xE014, 0xE014},
         {6398, 0xFFFD, 0xE000 + 6398, 0xE000 + 6398},

@@ -31,13 +31,12 @@ TEST(GlyphLists, ShapeOfThePublishedLists) {
 }
 
 TEST(GlyphLists, Lookups) {
-    struct Case {
+    const struct Case {
         std::string_view name;
         bool zapf;
         bool found;
         lum::UInt16 value;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"A", false, true, 0x0041},
         {"zukatakana", false, true, 0x30BA},
         {"Asmall", false, true, 0xF761},
@@ -62,11 +61,10 @@ TEST(GlyphLists, Lookups) {
 }
 
 TEST(GlyphLists, ReadBackwardsGivesTheFirstNameOfAValue) {
-    struct Case {
+    const struct Case {
         lum::UInt16 value;
         const char* name;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {0x0041, "A"}, {0x0020, "space"}, {0x00A0, "nbspace"}, {0x2206, "Delta"},
         {0x03A9, "Omegagreek"}, {0x00AD, "sfthyphen"}, {0xFB01, "fi"}, {0x0000, nullptr},
         {0xE000, nullptr},
@@ -95,12 +93,11 @@ TEST(Encodings, SizesAndTheEntriesThatDifferFromTheirCodePages) {
     EXPECT_EQ(Count(gl_mac_expert_encoding), 165);
     EXPECT_EQ(Count(gl_symbol_encoding), 189);
     EXPECT_EQ(Count(gl_zapf_dingbats_encoding), 188);
-    struct Case {
+    const struct Case {
         const char* const* table;
         int code;
         const char* name;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {gl_win_ansi_encoding, 127, "bullet"}, {gl_win_ansi_encoding, 129, "bullet"},
         {gl_win_ansi_encoding, 157, "bullet"}, {gl_win_ansi_encoding, 160, "space"},
         {gl_win_ansi_encoding, 173, "hyphen"}, {gl_win_ansi_encoding, 128, "Euro"},

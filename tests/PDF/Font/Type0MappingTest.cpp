@@ -49,15 +49,14 @@ protected:
 };
 
 TEST_F(Type0Mapping, CodesAndUnicode) {
-    struct Case {
+    const struct Case {
         lum::UInt32 font;
         std::vector<lum::UInt8> bytes;
         int eaten;
         lum::UInt32 cid;
         bool real;
         std::vector<lum::Unicode> units;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {8, {0x00, 0x41}, 2, 0x41, true, {0x61}},          // ToUnicode by code
         {8, {0x00, 0x42}, 2, 0x42, true, {0x61}},          // its hit folded to one unit
         {8, {0x00, 0x43}, 2, 0x43, false, {0xE043}},       // no hit: placeholder

@@ -17,13 +17,12 @@ protected:
 };
 
 TEST_F(PlatformFonts, FamiliesByName) {
-    struct Case {
+    const struct Case {
         const char* wanted;
         const char* style;
         int charset;
         const char* found;  // null: none
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"Arial", "", e_ansi_charset, "Arial"},
         {"Arial", "Bold", e_ansi_charset, "Arial"},
         {"arial", "", e_ansi_charset, "Arial"},
@@ -46,15 +45,14 @@ TEST_F(PlatformFonts, FamiliesByName) {
 }
 
 TEST_F(PlatformFonts, FontsGiveOutlinesAndAdvances) {
-    struct Case {
+    const struct Case {
         const char* face;
         int weight;
         int charset;
         lum::UInt32 unicode;
         const char* family;
         double advance;  // < 0: not checked
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"Arial", 400, e_ansi_charset, 'A', "Liberation Sans", 667},
         {"Arial", 700, e_ansi_charset, 'A', "Liberation Sans", 722},
         {"TimesNewRoman", 400, e_ansi_charset, 'a', "Liberation Serif", 444},
