@@ -167,7 +167,9 @@ TEST_P(PageTree, FindsPagesByNumber) {
         PageIterator descending = f.doc->GetPageIterator(p);
         EXPECT_EQ(c.pages[p - 1], Describe(*f.doc, descending)) << "page " << p;
         // A page found answers the number it was found under, whatever its Parent says.
-        if (descending.GetPageNumber() != 0) EXPECT_EQ(p, descending->GetIndex()) << "page " << p;
+        if (descending.GetPageNumber() != 0) {
+            EXPECT_EQ(p, descending->GetIndex()) << "page " << p;
+        }
     }
 }
 

@@ -167,7 +167,7 @@ const FontCase kFonts[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Font, FontObjects, ::testing::ValuesIn(kFonts),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& p) { return std::string(p.param.name); });
 
 TEST(FontHandle, EmptyHandleRaisesBadFontNamingTheOperation) {
     const Font empty;
@@ -279,7 +279,7 @@ const MapCase kMappings[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Font, FontMapping, ::testing::ValuesIn(kMappings),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& p) { return std::string(p.param.name); });
 
 TEST(FontMapping, GarbageProgramLeavesAFontThatIsNotEmbedded) {
     PageRecipe recipe;
@@ -342,7 +342,7 @@ const RouteCase kRoutes[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Font, TrueTypeRoutes, ::testing::ValuesIn(kRoutes),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& p) { return std::string(p.param.name); });
 
 TEST(TrueTypeRoutes, FaceQueries) {
     const std::string program = ReadFile(DataPath("fonts/symbol-cmap.ttf"));
