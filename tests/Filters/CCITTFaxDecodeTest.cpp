@@ -156,30 +156,22 @@ TEST(CCITTFaxDecode, EndOfDataRowCountsAndDamage) {
          -1, false, 0, Rows({0xC3})},
     };
     for (const auto& c : cases) {
-        CCITTFaxParams p;
-        p.k = c.k;
-        p.end_of_line = c.eol;
-        p.columns = 8;
-        p.rows = c.rows;
-        p.damaged_rows_before_error = c.damaged_before_error;
+        const CCITTFaxParams p{.k = c.k, .end_of_line = c.eol, .columns = 8, .rows = c.rows,
+                               .damaged_rows_before_error = c.damaged_before_error};
         EXPECT_EQ(Hex(Decode(Bits(c.bits), p)), Hex(c.want)) << c.what;
     }
 }
 
 TEST(CCITTFaxDecode, ParametersShapeTheRow) {
-    CCITTFaxParams p;
-    p.columns = 8;
+    CCITTFaxParams p{.columns = 8};
     EXPECT_EQ(Hex(Decode(Bits("10011"), p)), "FF");
     p.black_is_1 = true;
     EXPECT_EQ(Hex(Decode(Bits("10011"), p)), "00");
     // Byte-aligned rows without EOLs: the fill behind each row is skipped.
-    p = CCITTFaxParams{};
-    p.columns = 8;
-    p.encoded_byte_align = true;
+    p = CCITTFaxParams{.encoded_byte_align = true, .columns = 8};
     EXPECT_EQ(Hex(Decode(Bits("10011 000  0111 011 0111 00000"), p)), "FFC3");
     // Odd widths: the bits behind the last column are white.
-    p = CCITTFaxParams{};
-    p.columns = 5;
+    p = CCITTFaxParams{.columns = 5};
     EXPECT_EQ(Hex(Decode(Bits("0111 10"), p)), "C7");
     p.columns = 0;
     EXPECT_EQ(Decode(Bits("10011"), p), "");
@@ -187,9 +179,7 @@ TEST(CCITTFaxDecode, ParametersShapeTheRow) {
 
 TEST(CCITTFaxDecode, ImpossibleRunsAndColumnsRaise) {
     // The row above is C3; VL3 at the start puts a1 at 2 - 3, left of the row.
-    CCITTFaxParams p;
-    p.k = -1;
-    p.columns = 8;
+    CCITTFaxParams p{.k = -1, .columns = 8};
     const auto e = lum::test::Raised([&] { Decode(Bits("001 0111 011 1  0000010"), p); });
     EXPECT_EQ(e.GetMessage(), "Bad stream");
     EXPECT_EQ(e.GetCondition(), "int(b1 - a0 - tab_entry->Param)>=0");
@@ -205,10 +195,7 @@ TEST(CCITTFaxDecode, ImpossibleRunsAndColumnsRaise) {
 TEST(CCITTFaxDecode, BytesBehindTheDataStayWithTheInput) {
     // One two-dimensional row of 12 bits; its last code made the decoder look at 7 more bits,
     // into the byte behind the data. That byte goes back to the input (an inline image's end).
-    CCITTFaxParams p;
-    p.k = -1;
-    p.columns = 8;
-    p.rows = 1;
+    const CCITTFaxParams p{.k = -1, .columns = 8, .rows = 1};
     for (size_t window : {size_t(1) << 20, size_t(1)}) {
         CCITTFaxDecode d(Source(Bits("001 0111 011 1") + " EI Q", window), p);
         EXPECT_EQ(Hex(ReadAll(d)), "C3");
@@ -219,9 +206,7 @@ TEST(CCITTFaxDecode, BytesBehindTheDataStayWithTheInput) {
 }
 
 TEST(CCITTFaxDecode, RepeatedRowsAreBounded) {
-    CCITTFaxParams p;
-    p.columns = lum::Limits::kMaxFaxColumns;
-    p.rows = Int64(1) << 40;
+    const CCITTFaxParams p{.columns = lum::Limits::kMaxFaxColumns, .rows = Int64(1) << 40};
     CCITTFaxDecode d(Source(""), p);
     size_t total = 0;
     while (size_t n = d.Size()) {

@@ -23,16 +23,11 @@ struct Picture {
     int comps = 1;
     OPJ_COLOR_SPACE space = OPJ_CLRSPC_GRAY;
     bool alpha_last = false;  // the last component is an alpha channel (a cdef box)
-    std::vector<std::vector<int>> samples;  // per component, row by row
+    std::vector<std::vector<int>> samples = {};  // per component, row by row
 };
 
 Picture Make(UInt32 w, UInt32 h, int comps, UInt32 prec, OPJ_COLOR_SPACE space) {
-    Picture p;
-    p.w = w;
-    p.h = h;
-    p.prec = prec;
-    p.comps = comps;
-    p.space = space;
+    Picture p{.w = w, .h = h, .prec = prec, .comps = comps, .space = space};
     const int max = (1 << prec) - 1;
     p.samples.resize(size_t(comps));
     for (int c = 0; c < comps; ++c)
@@ -106,12 +101,7 @@ std::string Encode(const Picture& p, bool jp2, UInt32 tile_w = 0, UInt32 tile_h 
 }
 
 JPXParams Params(int components, int bits, bool stripe, bool own_colors = false) {
-    JPXParams p;
-    p.components = components;
-    p.bits = bits;
-    p.stripe = stripe;
-    p.own_colors = own_colors;
-    return p;
+    return {.components = components, .bits = bits, .stripe = stripe, .own_colors = own_colors};
 }
 
 // What a shape should deliver for pixel (x, y): the bytes of the row, pixel by pixel.

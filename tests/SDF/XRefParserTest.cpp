@@ -18,14 +18,8 @@ MemDoc OpenData(const std::string& name) { return MemDoc(ReadFile(DataPath(name)
 // The failure of the table's reading that sent `bytes` to the rebuild, with all its texts.
 Failure ParseFailure(const std::string& bytes) {
     MemDoc doc(bytes, false);
-    Failure f;
-    if (const Common::Exception* e = doc.Impl().GetRepairCause()) {
-        f.thrown = true;
-        f.message = e->GetMessage();
-        f.condition = e->GetCondition();
-        f.function = e->GetFunction();
-    }
-    return f;
+    const Common::Exception* e = doc.Impl().GetRepairCause();
+    return e ? Failure{true, e->GetMessage(), e->GetCondition(), e->GetFunction()} : Failure{};
 }
 
 // A document whose table is right, with `tail` standing where the table and trailer go.
@@ -161,6 +155,11 @@ TEST(XRefParser, FailuresOfTheFileStructure) {
     const std::string table = b.Table();
     const std::string trailer = "trailer\n<< /Size 4 /Root 1 0 R >>\n";
     const std::string end = "startxref\n" + at + "\n%%EOF\n";
+    const char* kParseXRef = "lum::SDF::XRefParser::ParseXRef";
+    const char* kFind = "lum::SDF::XRefParser::FindXRefOffset";
+    const char* kCorrupt = "Cross reference table is corrupt.";
+    const char* kRowWord = "(opr_str[0] == 'f' || opr_str[0] == 'n') && opr_str[1] == '\\0'";
+    const std::string rows = "xref\n0 2\n0000000000 65535 f\r\n";
     const struct Case {
         const char* name;
         std::string file;
@@ -171,67 +170,49 @@ TEST(XRefParser, FailuresOfTheFileStructure) {
                                         // the catalog search of the document layer
     } cases[] = {
         {"keyword glued to a word", objects + table + trailer + "xstartxref\n" + at + "\n",
-         "PDF startxref not found. The file is not a valid PDF document.", "false",
-         "lum::SDF::XRefParser::FindXRefOffset"},
+         "PDF startxref not found. The file is not a valid PDF document.", "false", kFind},
         {"no value behind startxref", objects + table + trailer + "startxref\nend\n",
-         "startxref expects a single argument", "m_operand_stack.size() == 1",
-         "lum::SDF::XRefParser::FindXRefOffset"},
+         "startxref expects a single argument", "m_operand_stack.size() == 1", kFind},
         {"x that is no xref", objects + "xrf\n0 1\n" + trailer + end, "xref table not found",
-         "m_stream.Get() == 'x' && m_stream.Get() == 'r' && m_stream.Get() == 'e' && "
-         "m_stream.Get() == 'f'",
-         "lum::SDF::XRefParser::ParseXRef"},
-        {"xref then trailer", objects + "xref\n" + trailer + end, "Could not read the trailer.",
-         "trailer1", "lum::SDF::XRefParser::Parse"},
-        {"head of three values", objects + "xref\n0 4 5\n" + table.substr(10) + trailer + end,
-         "Bad xref", "m_operand_stack.size() == 4", "lum::SDF::XRefParser::ParseXRef"},
-        {"count wraps", objects + "xref\n5 -1\n0000000000 65535 f\r\n" + trailer + end,
-         "Bad xref", "sect_start <= sect_end", "lum::SDF::XRefParser::ParseXRef"},
-        {"row word", objects + "xref\n0 2\n0000000000 65535 f\r\n0000000009 00000 x\r\n" +
-                         trailer + end,
-         "Cross reference table is corrupt.",
-         "(opr_str[0] == 'f' || opr_str[0] == 'n') && opr_str[1] == '\\0'",
-         "lum::SDF::XRefParser::ParseXRef"},
-        {"one row too few", objects + "xref\n0 3\n0000000000 65535 f\r\n0000000009 00000 n\r\n" +
-                                trailer + end,
-         "Cross reference table is corrupt.",
-         "(opr_str[0] == 'f' || opr_str[0] == 'n') && opr_str[1] == '\\0'",
-         "lum::SDF::XRefParser::ParseXRef"},
-        {"row of three values",
-         objects + "xref\n0 2\n0000000000 65535 f\r\n0000000009 0 00000 n\r\n" + trailer + end,
-         "Cross reference table is corrupt.", "m_operand_stack.size() == 2",
-         "lum::SDF::XRefParser::ParseXRef"},
-        {"no trailer word", objects + table + "trailor\n<< >>\n" + end, "Missing trailer.",
-         "false", "lum::SDF::XRefParser::ParseXRef",
-         false},  // in the rebuild a t-word in a table ends the scan before any trailer
+         "m_stream.Get() == 'x' && m_stream.Get() == 'r' && m_stream.Get() == 'e' && m_stream.Get() == 'f'",
+         kParseXRef},
+        {"xref then trailer", objects + "xref\n" + trailer + end, "Could not read the trailer.", "trailer1",
+         "lum::SDF::XRefParser::Parse"},
+        {"head of three values", objects + "xref\n0 4 5\n" + table.substr(10) + trailer + end, "Bad xref",
+         "m_operand_stack.size() == 4", kParseXRef},
+        {"count wraps", objects + "xref\n5 -1\n0000000000 65535 f\r\n" + trailer + end, "Bad xref",
+         "sect_start <= sect_end", kParseXRef},
+        {"row word", objects + rows + "0000000009 00000 x\r\n" + trailer + end, kCorrupt, kRowWord, kParseXRef},
+        {"one row too few", objects + "xref\n0 3\n0000000000 65535 f\r\n0000000009 00000 n\r\n" + trailer + end,
+         kCorrupt, kRowWord, kParseXRef},
+        {"row of three values", objects + rows + "0000000009 0 00000 n\r\n" + trailer + end, kCorrupt,
+         "m_operand_stack.size() == 2", kParseXRef},
+        // In the rebuild a t-word in a table ends the scan before any trailer.
+        {"no trailer word", objects + table + "trailor\n<< >>\n" + end, "Missing trailer.", "false", kParseXRef,
+         false},
+        // An array offered as trailer ends the rebuild's scan.
         {"trailer without dictionary", objects + table + "trailer\n[1 2]\n" + end,
          "Operator trailer expects a single dictionary",
-         "m_operand_stack.size() == 1 && m_operand_stack[0]->IsDict()",
-         "lum::SDF::XRefParser::ParseXRef",
-         false},  // an array offered as trailer ends the rebuild's scan
-        {"word with one operand in the trailer",
-         objects + table + "trailer\n<< R /Size 4 /Root 1 0 R >>\n" + end, "R takes 2 args",
-         "stack_size>=2", "lum::SDF::XRefParser::ContainerOperator",
-         false},  // the same trailer ends the rebuild's scan: no Root is found
-        {"stream section without obj", objects + "7 0 ojb\n<< >>\nstream\n" + end,
-         "Object header not found", "false", "lum::SDF::XRefParser::ParseXRef", false},
+         "m_operand_stack.size() == 1 && m_operand_stack[0]->IsDict()", kParseXRef, false},
+        // The same trailer ends the rebuild's scan: no Root is found.
+        {"word with one operand in the trailer", objects + table + "trailer\n<< R /Size 4 /Root 1 0 R >>\n" + end,
+         "R takes 2 args", "stack_size>=2", "lum::SDF::XRefParser::ContainerOperator", false},
+        {"stream section without obj", objects + "7 0 ojb\n<< >>\nstream\n" + end, "Object header not found",
+         "false", kParseXRef, false},
         {"stream section header of one value", objects + "7 obj\n<< >>\nstream\n" + end,
-         "Operator obj expects two arguments", "m_operand_stack.size() == 2",
-         "lum::SDF::XRefParser::ParseXRef", false},
+         "Operator obj expects two arguments", "m_operand_stack.size() == 2", kParseXRef, false},
         {"stream section without stream", objects + "7 0 obj\n<< /Size 3 >>\nendobj\n" + end,
-         "PDF 1.5 XRef table is not a stream object",
-         "strcmp(opr_str, \"stream\") == 0", "lum::SDF::XRefParser::ParseXRef", false},
+         "PDF 1.5 XRef table is not a stream object", "strcmp(opr_str, \"stream\") == 0", kParseXRef, false},
         {"stream section without dictionary", objects + "7 0 obj\n[1]\nstream\n" + end,
-         "Stream expects a dictionary as an argument",
-         "m_operand_stack.size() == 1 && dict->IsDict()",
-         "lum::SDF::XRefParser::ParseXRef", false},
+         "Stream expects a dictionary as an argument", "m_operand_stack.size() == 1 && dict->IsDict()",
+         kParseXRef, false},
         {"stream section without Size",
          objects + "7 0 obj\n<< /Type /XRef /W [1 2 1] /Length 0 >>\nstream\n\nendstream\n" + end,
          "The dictionary does not contain required key: Size", "false", "lum::SDF::Dict::Get", false},
         {"field width 64",
-         objects + "7 0 obj\n<< /Type /XRef /Size 1 /W [1 64 1] /Length 0 >>\nstream\n\nendstream\n" +
-             end,
-         "Bad xref", "field1_sz<64 && field2_sz<64 && field3_sz<64",
-         "lum::SDF::XRefParser::ReadXRefStream", false},
+         objects + "7 0 obj\n<< /Type /XRef /Size 1 /W [1 64 1] /Length 0 >>\nstream\n\nendstream\n" + end,
+         "Bad xref", "field1_sz<64 && field2_sz<64 && field3_sz<64", "lum::SDF::XRefParser::ReadXRefStream",
+         false},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);

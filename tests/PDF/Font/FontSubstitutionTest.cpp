@@ -10,50 +10,25 @@
 #include "PDF/Font/StandardFontFaces.h"
 
 using namespace lum::PDF::Fnt;
+
+// A case names only the fields of the input it sets.
+#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
 namespace FS = lum::FontSupport;
 
 namespace {
 
-SubstitutionInput Named(const char* name) {
-    SubstitutionInput in;
-    in.name = name;
-    return in;
-}
+using In = SubstitutionInput;
+
+In Named(const char* name) { return In{.name = name}; }
 
 TEST(FontSubstitution, RequestFromNameAndDescriptor) {
-    struct Case {
+    const struct Case {
         SubstitutionInput in;
         const char* clean;
         int weight;
         bool italic;
         int charset;
-    };
-    SubstitutionInput family = Named("ABCDEF+Whatever");
-    family.font_family = "Georgia";
-    SubstitutionInput weighted = Named("Verdana,Bold");
-    weighted.font_weight = 1200;
-    SubstitutionInput force = Named("Verdana");
-    force.force_bold = true;
-    SubstitutionInput sym = Named("Wingdings");
-    sym.symbolic = true;
-    SubstitutionInput sym_enc = sym;
-    sym_enc.has_encoding = true;
-    SubstitutionInput japanese = Named("MS-Mincho");
-    japanese.simple = false;
-    japanese.ordering = "Japan1";
-    SubstitutionInput gb = Named("SimSun");
-    gb.simple = false;
-    gb.symbolic = true;
-    gb.ordering = "GB1";
-    SubstitutionInput identity_sym = Named("Foo");
-    identity_sym.simple = false;
-    identity_sym.symbolic = true;
-    identity_sym.encoding_is_known_cmap = true;
-    SubstitutionInput custom_sym = identity_sym;
-    custom_sym.encoding_is_known_cmap = false;
-    SubstitutionInput charset = Named("Foo");
-    charset.charset_override = 134;
-    const Case cases[] = {
+    } cases[] = {
         {Named("ABCDEF+Name"), "Name", 400, false, 0},            // subset tag dropped
         {Named("ABCDE+Name"), "ABCDE+Name", 400, false, 0},       // not a tag: six letters needed
         {Named("Arial,Bold"), "Arial", 700, false, 0},
@@ -67,16 +42,18 @@ TEST(FontSubstitution, RequestFromNameAndDescriptor) {
         {Named("Courier_New"), "CourierNew", 400, false, 0},
         {Named("ComicSansMS"), "ComicSans", 400, false, 0},
         {Named(""), "Arial", 400, false, 0},
-        {family, "Georgia", 400, false, 0},
-        {weighted, "Verdana", 900, false, 0},   // clamped, and the descriptor's weight wins
-        {force, "Verdana", 900, false, 0},
-        {sym, "Wingdings", 400, false, 2},
-        {sym_enc, "Wingdings", 400, false, 1},
-        {japanese, "MS-Mincho", 400, false, 128},  // no style word: the name stays whole
-        {gb, "SimSun", 400, false, 134},
-        {identity_sym, "Foo", 400, false, 0},
-        {custom_sym, "Foo", 400, false, 2},
-        {charset, "Foo", 400, false, 134},
+        {In{.name = "ABCDEF+Whatever", .font_family = "Georgia"}, "Georgia", 400, false, 0},
+        // Clamped, and the descriptor's weight wins.
+        {In{.name = "Verdana,Bold", .font_weight = 1200}, "Verdana", 900, false, 0},
+        {In{.name = "Verdana", .force_bold = true}, "Verdana", 900, false, 0},
+        {In{.name = "Wingdings", .symbolic = true}, "Wingdings", 400, false, 2},
+        {In{.name = "Wingdings", .symbolic = true, .has_encoding = true}, "Wingdings", 400, false, 1},
+        // No style word: the name stays whole.
+        {In{.name = "MS-Mincho", .simple = false, .ordering = "Japan1"}, "MS-Mincho", 400, false, 128},
+        {In{.name = "SimSun", .symbolic = true, .simple = false, .ordering = "GB1"}, "SimSun", 400, false, 134},
+        {In{.name = "Foo", .symbolic = true, .simple = false, .encoding_is_known_cmap = true}, "Foo", 400, false, 0},
+        {In{.name = "Foo", .symbolic = true, .simple = false}, "Foo", 400, false, 2},
+        {In{.name = "Foo", .charset_override = 134}, "Foo", 400, false, 134},
     };
     for (const Case& c : cases) {
         const PlatformWish w = MakePlatformWish(c.in);
@@ -85,9 +62,7 @@ TEST(FontSubstitution, RequestFromNameAndDescriptor) {
         EXPECT_EQ(w.italic, c.italic) << c.in.name;
         EXPECT_EQ(w.charset, c.charset) << c.in.name;
     }
-    SubstitutionInput goth = Named("KozGoPro");
-    goth.simple = false;
-    goth.ordering = "Japan1";
+    In goth{.name = "KozGoPro", .simple = false, .ordering = "Japan1"};
     EXPECT_EQ(CJKFallbackNames(goth), (std::vector<std::string>{"KozukaMincho", "KozukaGothic"}));
     goth.name = "HeiseiKakuGothic";
     EXPECT_EQ(CJKFallbackNames(goth), (std::vector<std::string>{"KozukaGothic", "KozukaMincho"}));
@@ -97,26 +72,17 @@ TEST(FontSubstitution, RequestFromNameAndDescriptor) {
 
 TEST(FontSubstitution, Decisions) {
     lum::PDF::Ferrox::Initialize();
-    struct Case {
+    const struct Case {
         SubstitutionInput in;
         int kind;
         bool platform;
         int index;  // standard index for kind 3, fallback for kind 2 without platform
-    };
-    SubstitutionInput helv = Named("Helvetica");
-    helv.base14 = 4;
-    SubstitutionInput helv_std_diffs = helv;
-    helv_std_diffs.differences = {"quoteright", "Euro", "fi"};
-    SubstitutionInput helv_odd_diffs = helv;
-    helv_odd_diffs.differences = {"quoteright", "uni2200"};
-    SubstitutionInput symbol = Named("Symbol");
-    symbol.base14 = 12;
-    symbol.differences = {"uni2200"};
-    const Case cases[] = {
-        {helv, 3, false, 4},
-        {helv_std_diffs, 3, false, 4},      // standard glyph names: the standard font stays
-        {helv_odd_diffs, 2, true, 14},      // a name beyond them: a system font
-        {symbol, 3, false, 12},             // final for Symbol
+    } cases[] = {
+        {In{.name = "Helvetica", .base14 = 4}, 3, false, 4},
+        // Standard glyph names: the standard font stays; a name beyond them: a system font.
+        {In{.name = "Helvetica", .base14 = 4, .differences = {"quoteright", "Euro", "fi"}}, 3, false, 4},
+        {In{.name = "Helvetica", .base14 = 4, .differences = {"quoteright", "uni2200"}}, 2, true, 14},
+        {In{.name = "Symbol", .base14 = 12, .differences = {"uni2200"}}, 3, false, 12},  // final for Symbol
         {Named("Verdana"), 2, true, 14},
     };
     for (const Case& c : cases) {
@@ -134,11 +100,7 @@ TEST(FontSubstitution, Decisions) {
     const Flags flags[] = {{true, true, true, 10}, {true, false, false, 8}, {false, true, true, 2},
                            {false, true, false, 0}, {false, false, true, 6}, {false, false, false, 4}};
     for (const Flags& f : flags) {
-        SubstitutionInput in;
-        in.fixed_width = f.fixed;
-        in.serif = f.serif;
-        in.italic = f.italic;
-        EXPECT_EQ(FallbackStandardFont(in), f.index);
+        EXPECT_EQ(FallbackStandardFont(In{.italic = f.italic, .fixed_width = f.fixed, .serif = f.serif}), f.index);
     }
     lum::PDF::Ferrox::Terminate();
 }

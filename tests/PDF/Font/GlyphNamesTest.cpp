@@ -51,35 +51,26 @@ TEST(GlyphNames, OneNameEachRule) {
         {"", 0},
         {nullptr, 0},
     };
-    UnicodeTableInput with_tounicode;
-    with_tounicode.has_tounicode = true;
     for (const Case& c : cases)
-        EXPECT_EQ(Table({c.name}, with_tounicode)[0], c.value) << (c.name ? c.name : "(null)");
+        EXPECT_EQ(Table({c.name}, {.has_tounicode = true})[0], c.value) << (c.name ? c.name : "(null)");
     // The Zapf Dingbats list comes first in ZapfDingbats only.
-    UnicodeTableInput zapf;
-    zapf.zapf_dingbats = true;
-    zapf.has_tounicode = true;
+    const UnicodeTableInput zapf{.zapf_dingbats = true, .has_tounicode = true};
     EXPECT_EQ(Table({"a1"}, zapf)[0], 0x2701);
     EXPECT_EQ(Table({"space"}, zapf)[0], 0x20);
 }
 
 TEST(GlyphNames, NumberingIsFixedByTheFirstNameItAppliesTo) {
-    struct Case {
+    const struct Case {
         std::vector<const char*> names;
         UnicodeTableInput in;
         std::vector<Unicode> values;
-    };
-    UnicodeTableInput long_names;
-    long_names.long_owned_name = true;
-    UnicodeTableInput truetype;
-    truetype.truetype = true;
-    const Case cases[] = {
+    } cases[] = {
         {{"g23", "c45"}, {}, {53, 75}},            // g: radix 10, offset 30, for all later names
         {{"G23", "c45"}, {}, {0x23, 0x45}},        // capital G: radix 16
         {{"a17", "c1f"}, {}, {17, 1}},             // a: radix 10; "1f" reads as far as it goes
         {{"c1f", "a17"}, {}, {0x1F, 0x17}},
-        {{"c1f"}, long_names, {1}},                // a long name of the font's own: radix 10
-        {{"g23", "x9"}, truetype, {0, 1}},         // TrueType: the code itself
+        {{"c1f"}, {.long_owned_name = true}, {1}},                // a long name of the font's own: radix 10
+        {{"g23", "x9"}, {.truetype = true}, {0, 1}},         // TrueType: the code itself
         {{"cx1", "17"}, {}, {0, 0x17}},            // no digit behind the letter; no letter
         {{"7"}, {}, {0}},                          // one character: no rule
     };
@@ -126,10 +117,8 @@ TEST(GlyphNames, SimpleFontCodes) {
     names[0x45] = "x_zzz";
     names[0x46] = ".notdef";
     names[0x47] = "Asmall";
-    UnicodeTableInput in;
-    in.names = names;
     Unicode table[256];
-    BuildUnicodeTable(in, table);
+    BuildUnicodeTable({.names = names}, table);
     const struct Case {
         UInt32 code;
         const CMap* cmap;

@@ -61,11 +61,8 @@ TEST_F(PlatformFonts, FontsGiveOutlinesAndAdvances) {
         {"NoSuchFamilyAnywhere", 400, e_ansi_charset, 'A', nullptr, -1},  // the default font
     };
     for (const Case& c : cases) {
-        FontRequest r;
-        r.face_name = c.face;
-        r.weight = c.weight;
-        r.charset = r.wanted_charset = c.charset;
-        auto font = PlatformFont::Create(r);
+        auto font = PlatformFont::Create(
+            FontRequest{.weight = c.weight, .charset = c.charset, .wanted_charset = c.charset, .face_name = c.face});
         ASSERT_TRUE(font) << c.face;
         if (c.family) {
             EXPECT_EQ(font->GetFaceName(), c.family) << c.face;
