@@ -145,10 +145,7 @@ std::vector<BoxCase> BoxCases() {
 class PageBoxes : public ::testing::TestWithParam<BoxCase> {};
 
 void ExpectRect(const Rect& want, const Rect& got, const std::string& what) {
-    EXPECT_DOUBLE_EQ(want.x1, got.x1) << what;
-    EXPECT_DOUBLE_EQ(want.y1, got.y1) << what;
-    EXPECT_DOUBLE_EQ(want.x2, got.x2) << what;
-    EXPECT_DOUBLE_EQ(want.y2, got.y2) << what;
+    EXPECT_TRUE(want == got) << what << ": " << got.x1 << " " << got.y1 << " " << got.x2 << " " << got.y2;
 }
 
 TEST_P(PageBoxes, Answer) {

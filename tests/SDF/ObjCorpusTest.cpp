@@ -128,9 +128,7 @@ TEST(ObjCorpus, EncryptedStringsAndStreamsReadAsThePlainCopy) {
         r.author = text(info->FindObj("Author"));
         r.creator = text(info->FindObj("Creator"));
         Obj* page = doc.GetRoot()->FindObj(e_Pages)->FindObj("Kids")->GetAt(0);
-        auto chain = page->FindObj(e_Contents)->GetDecodedStream();
-        lum::Filters::FilterReader reader(chain.get());
-        for (int c; (c = reader.Get()) >= 0;) r.content += char(c);
+        r.content = lum::test::ReadAll(page->FindObj(e_Contents)->GetDecodedStream());
         return r;
     };
     const Read plain = read(folder / "unencrypted.pdf");

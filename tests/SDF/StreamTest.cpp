@@ -113,25 +113,22 @@ TEST(Stream, LeaveLastStage) {
 }
 
 TEST(Stream, ChainFailures) {
+    const char* kCreate = "lum::SDF::StreamCreateDecodeFilter";
+    const char* kPredictor = "lum::SDF::StreamCreatePredictorFilter";
+    const char* kNegative = "CCITTFaxDecode Columns is negative";
     const struct Case {
         const char* dict;
         const char* message;
         const char* condition;
         const char* function;
     } cases[] = {
-        {"<</Filter /NoSuchDecode>>", "Unknown filter", "false",
-         "lum::SDF::StreamCreateDecodeFilter"},
-        {"<</Filter [/AHx /Bogus]>>", "Unknown filter", "false",
-         "lum::SDF::StreamCreateDecodeFilter"},
-        {"<</Filter /Fl /DecodeParms <</Predictor 5>>>>", "Unknown predictor function.", "false",
-         "lum::SDF::StreamCreatePredictorFilter"},
-        {"<</Filter /Fl /DecodeParms <</Predictor 16>>>>", "Unknown predictor function.", "false",
-         "lum::SDF::StreamCreatePredictorFilter"},
-        {"<</Filter /CCF /DecodeParms <</Columns -5>>>>", "CCITTFaxDecode Columns is negative",
-         "Columns >= 0", "lum::SDF::StreamCreateDecodeFilter"},
+        {"<</Filter /NoSuchDecode>>", "Unknown filter", "false", kCreate},
+        {"<</Filter [/AHx /Bogus]>>", "Unknown filter", "false", kCreate},
+        {"<</Filter /Fl /DecodeParms <</Predictor 5>>>>", "Unknown predictor function.", "false", kPredictor},
+        {"<</Filter /Fl /DecodeParms <</Predictor 16>>>>", "Unknown predictor function.", "false", kPredictor},
+        {"<</Filter /CCF /DecodeParms <</Columns -5>>>>", kNegative, "Columns >= 0", kCreate},
         // A Width that is not larger leaves Columns negative.
-        {"<</Filter /CCITTFaxDecode /DecodeParms <</Columns -5>> /Width -7>>",
-         "CCITTFaxDecode Columns is negative", "Columns >= 0", "lum::SDF::StreamCreateDecodeFilter"},
+        {"<</Filter /CCITTFaxDecode /DecodeParms <</Columns -5>> /Width -7>>", kNegative, "Columns >= 0", kCreate},
         {"<</Filter 5>>", "GetName() can't be invoked on Obj of this type.", "false",
          "lum::SDF::Obj::IllegalFunctionException"},
     };

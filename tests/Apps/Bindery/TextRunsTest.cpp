@@ -65,7 +65,7 @@ const RunsCase kRuns[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Bindery, TextRuns, ::testing::ValuesIn(kRuns),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& p) { return std::string(p.param.name); });
 
 // The agreement of text runs with pdftotext on the corpus files of simple fonts.
 TEST(TextRunsCorpus, CharacterF1AgainstPdftotext) {

@@ -68,6 +68,12 @@ std::string Names(int n) {
     return "[" + s + "]";
 }
 
+// A type 4 function of one input and one output.
+std::string Calculator(const std::string& program) {
+    return Stream("/FunctionType 4 /Domain [0 1] /Range [0 1]", program);
+}
+
+const std::string kSep = "[/Separation /S /DeviceGray 2 0 R]";
 const std::string kD65 = "/WhitePoint [0.9505 1 1.089]";
 const std::string kGrayTint = "<< /FunctionType 2 /Domain [0 1] /C0 [1] /C1 [0] /N 1 >>";
 
@@ -233,25 +239,20 @@ TEST(ColorSpaces, BrokenSpacesRaiseAndBoundedWork) {
         {"Lab without a dictionary", "/Lab", {}, nullptr},
         {"Separation with a Pattern alternate", "[/Separation /S /Pattern " + kGrayTint + "]", {}, nullptr},
         {"Separation without a transform", "[/Separation /S /DeviceGray]", {}, nullptr},
-        {"a tint function that contains itself", "[/Separation /S /DeviceGray 2 0 R]",
+        {"a tint function that contains itself", kSep,
          {"<< /FunctionType 3 /Domain [0 1] /Functions [2 0 R] /Encode [0 1] >>"}, nullptr},
-        {"a sampled function of 2^31 points", "[/Separation /S /DeviceGray 2 0 R]",
-         {Stream("/FunctionType 0 /Domain [0 1] /Range [0 1] /Size [2147483648] /BitsPerSample 8", "")},
-         nullptr},
+        {"a sampled function of 2^31 points", kSep,
+         {Stream("/FunctionType 0 /Domain [0 1] /Range [0 1] /Size [2147483648] /BitsPerSample 8", "")}, nullptr},
         {"a sampled function of 2^16 x 2^16 points", "[/DeviceN [/A /B] /DeviceGray 2 0 R]",
          {Stream("/FunctionType 0 /Domain [0 1 0 1] /Range [0 1] /Size [65536 65536] /BitsPerSample 8", "")},
          nullptr},
-        {"a sampled function of 7 bits", "[/Separation /S /DeviceGray 2 0 R]",
+        {"a sampled function of 7 bits", kSep,
          {Stream("/FunctionType 0 /Domain [0 1] /Range [0 1] /Size [2] /BitsPerSample 7", "")}, nullptr},
         {"an exponential of 33 outputs", "[/Separation /S /DeviceGray << /FunctionType 2 /Domain [0 1] /C1 " +
              Names(33) + " >>]", {}, nullptr},
-        {"a calculator that doesn't parse", "[/Separation /S /DeviceGray 2 0 R]",
-         {Stream("/FunctionType 4 /Domain [0 1] /Range [0 1]", "{ 1 frobnicate }")}, nullptr},
-        {"a calculator with a loop", "[/Separation /S /DeviceGray 2 0 R]",
-         {Stream("/FunctionType 4 /Domain [0 1] /Range [0 1]", "{ 3 { pop } repeat }")}, nullptr},
-        {"a calculator program of blanks", "[/Separation /S /DeviceGray 2 0 R]",
-         {Stream("/FunctionType 4 /Domain [0 1] /Range [0 1]", "{" + std::string(2 << 20, ' ') + "}")},
-         nullptr},
+        {"a calculator that doesn't parse", kSep, {Calculator("{ 1 frobnicate }")}, nullptr},
+        {"a calculator with a loop", kSep, {Calculator("{ 3 { pop } repeat }")}, nullptr},
+        {"a calculator program of blanks", kSep, {Calculator("{" + std::string(2 << 20, ' ') + "}")}, nullptr},
         {"spaces nested through each other", "[/Indexed 1 0 R 0 <00>]", {}, nullptr},
     };
     for (const auto& c : cases) {
@@ -388,7 +389,7 @@ TEST(ColorSpaces, CalculatorOperators) {
         {"{ 90 sin mul % a comment { }\n }", 0.5, 0.5},
     };
     for (const auto& c : cases) {
-        Doc doc(Stream("/FunctionType 4 /Domain [0 1] /Range [0 1]", c.program));
+        Doc doc(Calculator(c.program));
         const Color::FunctionRef f = Color::Function::Open(doc.Obj(1));
         double out[Color::Function::kMaxValues];
         f->Eval(&c.in, 1, out);
