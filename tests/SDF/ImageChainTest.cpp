@@ -83,10 +83,9 @@ TEST(ImageChain, JPXShapeFromTheImage) {
     for (const auto& c : cases) {
         auto s = MakeStream(c.dict, "");
         const lum::Filters::JPXParams p = JPXParamsFromImage(s.get());
-        EXPECT_EQ(p.components, c.components) << c.dict;
-        EXPECT_EQ(p.bits, c.bits) << c.dict;
-        EXPECT_EQ(p.stripe, c.stripe) << c.dict;
-        EXPECT_EQ(p.own_colors, c.own_colors) << c.dict;
+        EXPECT_EQ(std::tie(p.components, p.bits, p.stripe, p.own_colors),
+                  std::tie(c.components, c.bits, c.stripe, c.own_colors))
+            << c.dict;
     }
     // Inline image data come without a stream.
     const lum::Filters::JPXParams inline_params = JPXParamsFromImage(nullptr);

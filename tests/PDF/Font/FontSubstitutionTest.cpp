@@ -57,10 +57,9 @@ TEST(FontSubstitution, RequestFromNameAndDescriptor) {
     };
     for (const Case& c : cases) {
         const PlatformWish w = MakePlatformWish(c.in);
-        EXPECT_EQ(w.clean_name, c.clean) << c.in.name;
-        EXPECT_EQ(w.weight, c.weight) << c.in.name;
-        EXPECT_EQ(w.italic, c.italic) << c.in.name;
-        EXPECT_EQ(w.charset, c.charset) << c.in.name;
+        EXPECT_EQ(std::make_tuple(w.clean_name, w.weight, w.italic, w.charset),
+                  std::make_tuple(std::string(c.clean), c.weight, c.italic, c.charset))
+            << c.in.name;
     }
     In goth{.name = "KozGoPro", .simple = false, .ordering = "Japan1"};
     EXPECT_EQ(CJKFallbackNames(goth), (std::vector<std::string>{"KozukaMincho", "KozukaGothic"}));
