@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include "Common/Exception.h"
+#include "support/TestSupport.h"
 
 using lum::Common::Exception;
 
@@ -46,13 +47,10 @@ TEST(Exception, FormattedMessageAndRunTimePercentIsInert) {
         EXPECT_EQ(e.GetFileName(), "ExceptionTest.cpp");
         EXPECT_EQ(e.GetCode(), 0u);
     }
-    std::string token = "100%d";
-    try {
-        LUM_FAIL("%s", token.c_str());
-    } catch (const Exception& e) {
-        EXPECT_EQ(e.GetMessage(), "100%d");
-        EXPECT_EQ(e.GetCondition(), "false");
-    }
+    const std::string token = "100%d";
+    const lum::test::Failure f = lum::test::CatchFailure([&] { LUM_FAIL("%s", token.c_str()); });
+    EXPECT_EQ(f.message, "100%d");
+    EXPECT_EQ(f.condition, "false");
 }
 
 struct Widget {
@@ -61,14 +59,7 @@ struct Widget {
 };
 
 TEST(Exception, CheckObjectAndFunctionName) {
-    try {
-        Widget{}.Use();
-        FAIL() << "no throw";
-    } catch (const Exception& e) {
-        EXPECT_EQ(e.GetCondition(), "mp_impl");
-        EXPECT_EQ(e.GetMessage(), "Bad font");
-        EXPECT_EQ(e.GetFunction(), "{anonymous}::Widget::Use");
-    }
+    EXPECT_LUM_FAILURE(Widget{}.Use(), "Bad font", "mp_impl", "{anonymous}::Widget::Use");
 }
 
 TEST(Exception, QualifiedFunctionNames) {
