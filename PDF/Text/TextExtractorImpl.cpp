@@ -88,10 +88,9 @@ void TextExtractorImpl::EndLine() {
 
 // Eight values at the end of `v`: a fixed-size copy the compiler lays out in place, where a
 // range insert is a call and a memmove for every unit of the page.
+// Pushed one by one, inline: a resize zeroed the eight values first, in a call of its own.
 static void AppendQuad(std::vector<double>& v, const double* quad) {
-    const size_t n = v.size();
-    v.resize(n + 8);
-    std::copy(quad, quad + 8, v.data() + n);
+    for (int i = 0; i < 8; ++i) v.push_back(quad[i]);
 }
 
 void TextExtractorImpl::StoreGlyph(Unicode unit, Int32 offset, const Rect& box, const Quad& quad,
