@@ -237,8 +237,7 @@ TEST(ConverterTable, StopsWithoutFailure) {
     EXPECT_EQ(r.consumed, 1u);
     // Invalid data still raises.
     const char bad[] = "\x80";
-    EXPECT_THROW(Uni::GetConverter(Uni::e_utf8, Uni::e_utf32_native)(bad, 1, out, 8),
-                 lum::Common::Exception);
+    EXPECT_THROW(Uni::GetConverter(Uni::e_utf8, Uni::e_utf32_native)(bad, 1, out, 8), lum::Common::Exception);
     const UInt32 big[] = {0x110000};
     EXPECT_THROW(Uni::GetConverter(Uni::e_utf32_native, Uni::e_utf8)(big, 1, out8, 8),
                  lum::Common::Exception);

@@ -12,8 +12,7 @@
 #include "Filters/FilterReader.h"
 
 using namespace lum::Filters;
-using lum::test::ReadAll;
-using lum::test::Source;
+using namespace lum::test;
 
 namespace {
 
@@ -171,7 +170,7 @@ TEST(DCTDecode, FatalErrorsRaiseWithLibjpegsText) {
         {"wrong segment length", bad_length, "Bogus marker length"},
     };
     for (const auto& c : cases) {
-        const auto e = lum::test::Raised([&] { Decode(c.data); });
+        const auto e = Raised([&] { Decode(c.data); });
         EXPECT_EQ(e.GetMessage().rfind(c.message_start, 0), 0u) << c.what << ": " << e.GetMessage();
         EXPECT_EQ(e.GetCondition(), "false") << c.what;
         EXPECT_EQ(e.GetFunction(), "lum::Filters::DCTDecode::Initialize") << c.what;

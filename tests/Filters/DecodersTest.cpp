@@ -15,7 +15,6 @@ using namespace lum::test;
 
 namespace {
 
-
 template <typename D>
 std::string Decode(const std::string& in, size_t window = 1 << 20) {
     return ReadAll(std::make_unique<D>(Source(in, window)));
@@ -89,41 +88,34 @@ TEST(RunLengthDecode, RunsLiteralsAndTruncation) {
 // Round trips through every decoder with reference encoders, cutting the input into windows of
 // 1, 7 and many bytes and reading the output in odd chunk sizes.
 TEST(Decoders, RoundTripsAtEveryWindowSize) {
-    const std::string inputs[] = {"", "x", lum::test::TextLike(5000), lum::test::Noise(3000),
+    const std::string inputs[] = {"", "x", TextLike(5000), Noise(3000),
                                   std::string(1000, '\0'), std::string(777, 'a') + "bc"};
     for (const auto& data : inputs) {
         for (size_t window : {size_t(1), size_t(7), size_t(1) << 20}) {
             SCOPED_TRACE(testing::Message() << "size " << data.size() << " window " << window);
-            EXPECT_EQ(Decode<ASCII85Decode>(lum::test::Ascii85Encode(data), window), data);
-            EXPECT_EQ(Decode<RunLengthDecode>(lum::test::RunLengthEncode(data), window), data);
-            EXPECT_EQ(Decode<FlateDecode>(lum::test::Deflate(data), window), data);
-            EXPECT_EQ(ReadAll(std::make_unique<FlateDecode>(
-                          Source(lum::test::Deflate(data, 9, true), window), true), 333),
-                      data);
-            EXPECT_EQ(ReadAll(std::make_unique<ASCIIHexDecode>(Source(Hex(data) + ">", window)), 5),
-                      data);
-            for (int early : {0, 1}) {
-                EXPECT_EQ(ReadAll(std::make_unique<LZWDecode>(
-                              Source(lum::test::LzwEncode(data, early), window), early)),
-                          data)
+            EXPECT_EQ(Decode<ASCII85Decode>(Ascii85Encode(data), window), data);
+            EXPECT_EQ(Decode<RunLengthDecode>(RunLengthEncode(data), window), data);
+            EXPECT_EQ(Decode<FlateDecode>(Deflate(data), window), data);
+            EXPECT_EQ(ReadAll(std::make_unique<FlateDecode>(Source(Deflate(data, 9, true), window), true), 333), data);
+            EXPECT_EQ(ReadAll(std::make_unique<ASCIIHexDecode>(Source(Hex(data) + ">", window)), 5), data);
+            for (int early : {0, 1})
+                EXPECT_EQ(ReadAll(std::make_unique<LZWDecode>(Source(LzwEncode(data, early), window), early)), data)
                     << "early change " << early;
-            }
         }
     }
 }
 
 TEST(LZWDecode, LongInputPassesSeveralTableResets) {
-    std::string data = lum::test::TextLike(200000, 3) + lum::test::Noise(20000, 4);
+    const std::string data = TextLike(200000, 3) + Noise(20000, 4);
     for (int early : {0, 1})
-        EXPECT_EQ(ReadAll(std::make_unique<LZWDecode>(Source(lum::test::LzwEncode(data, early)), early)),
-                  data);
+        EXPECT_EQ(ReadAll(std::make_unique<LZWDecode>(Source(LzwEncode(data, early)), early)), data);
 }
 
 TEST(LZWDecode, EarlyChangeDecidesWhereCodesWiden) {
     // Enough distinct pairs that the table passes 511 entries; decoding with the other setting
     // reads the codes at the wrong width from there on.
-    std::string data = lum::test::Noise(4000, 9);
-    std::string e0 = lum::test::LzwEncode(data, 0), e1 = lum::test::LzwEncode(data, 1);
+    std::string data = Noise(4000, 9);
+    std::string e0 = LzwEncode(data, 0), e1 = LzwEncode(data, 1);
     EXPECT_NE(e0, e1);
     EXPECT_EQ(ReadAll(std::make_unique<LZWDecode>(Source(e0), 0)), data);
     EXPECT_EQ(ReadAll(std::make_unique<LZWDecode>(Source(e1), 1)), data);
@@ -168,8 +160,8 @@ TEST(LZWDecode, CorruptAndSpecialCodes) {
 }
 
 TEST(FlateDecode, DamagedDataDeliversWhatItCan) {
-    std::string data = lum::test::TextLike(100000, 5);
-    std::string z = lum::test::Deflate(data);
+    std::string data = TextLike(100000, 5);
+    std::string z = Deflate(data);
 
     // Cut in half: a prefix of the data, then the end.
     std::string half = Decode<FlateDecode>(z.substr(0, z.size() / 2));
@@ -195,7 +187,7 @@ TEST(FlateDecode, DamagedDataDeliversWhatItCan) {
 
     // Raw data without the raw flag fails at the header: nothing. So do a preset dictionary
     // and a window beyond 32 KiB, though their check bits are right.
-    EXPECT_EQ(Decode<FlateDecode>(lum::test::Deflate(data, 6, true)), "");
+    EXPECT_EQ(Decode<FlateDecode>(Deflate(data, 6, true)), "");
     EXPECT_EQ(Decode<FlateDecode>("\x78\xBB" + z.substr(2)), "");
     EXPECT_EQ(Decode<FlateDecode>("\x88\x1C" + z.substr(2)), "");
     EXPECT_EQ(Decode<FlateDecode>("not compressed at all"), "");
@@ -203,7 +195,7 @@ TEST(FlateDecode, DamagedDataDeliversWhatItCan) {
 }
 
 TEST(FlateDecode, EndsAtStreamEndAndLeavesTrailingBytes) {
-    std::string z = lum::test::Deflate("payload") + "TRAILER";
+    std::string z = Deflate("payload") + "TRAILER";
     auto src = Source(z);
     FlateDecode d(std::move(src));
     EXPECT_EQ(ReadAll(d), "payload");

@@ -12,6 +12,7 @@
 
 using lum::PDF::Ferrox;
 namespace fs = std::filesystem;
+using namespace lum::test;
 
 namespace {
 
@@ -44,8 +45,8 @@ TEST(Ferrox, StartSetsTheCLocale) {
 }
 
 TEST(Ferrox, ResourcesPathMustOpenAsFile) {
-    lum::test::TempDir dir;
-    lum::test::WriteFile(dir / "res.bin", "x");
+    TempDir dir;
+    WriteFile(dir / "res.bin", "x");
     EXPECT_TRUE(Ferrox::SetResourcesPath((dir / "res.bin").string()));
     // A folder doesn't open, nor does the folder joined with the (empty) resource file name.
     EXPECT_FALSE(Ferrox::SetResourcesPath(dir.path().string()));
@@ -55,7 +56,7 @@ TEST(Ferrox, ResourcesPathMustOpenAsFile) {
 }
 
 TEST(Ferrox, SweepRemovesFilesOfDeadProcessesOnly) {
-    lum::test::TempDir dir;
+    TempDir dir;
     const std::string me = std::to_string(getpid());
     // Above the largest process id Linux hands out, so no process can have it.
     const std::string dead = "4194999";
@@ -76,7 +77,7 @@ TEST(Ferrox, SweepRemovesFilesOfDeadProcessesOnly) {
         {"lum-" + dead + "-1-x", true},      // the prefix is matched by case
         {"xLum-" + dead + "-1-x", true},     // whole names only
     };
-    for (const auto& f : files) lum::test::WriteFile(dir / f.name, "");
+    for (const auto& f : files) WriteFile(dir / f.name, "");
     Ferrox::SweepStaleTempFiles(dir.path().string(), "Lum");
     for (const auto& f : files) EXPECT_EQ(f.stays, fs::exists(dir / f.name)) << f.name;
 
@@ -88,10 +89,10 @@ TEST(Ferrox, SweepRemovesFilesOfDeadProcessesOnly) {
 }
 
 TEST(Ferrox, SweepSurvivesEntriesThatCannotBeRemoved) {
-    lum::test::TempDir dir;
+    TempDir dir;
     // A non-empty folder with a matching name can't be removed; the sweep goes on past it.
-    lum::test::WriteFile(dir / "Lum-4194999-1-a" / "inner", "x");
-    lum::test::WriteFile(dir / "Lum-4194999-1-b", "");
+    WriteFile(dir / "Lum-4194999-1-a" / "inner", "x");
+    WriteFile(dir / "Lum-4194999-1-b", "");
     Ferrox::SweepStaleTempFiles(dir.path().string(), "Lum");
     EXPECT_TRUE(fs::exists(dir / "Lum-4194999-1-a" / "inner"));
     EXPECT_FALSE(fs::exists(dir / "Lum-4194999-1-b"));

@@ -90,8 +90,7 @@ const Rect kA4 = R(0, 0, 595.28, 841.89);
 // A case whose boxes of kind 1 to 5 all equal the crop box.
 BoxCase Case(const char* name, Attrs inherited, Attrs own, Rect media, Rect crop, Rect kind0,
              double w, double h, int rotation = 0) {
-    return {name, inherited, own, media, crop, {kind0, crop, crop, crop, crop, crop},
-            w, h, rotation};
+    return {name, inherited, own, media, crop, {kind0, crop, crop, crop, crop, crop}, w, h, rotation};
 }
 
 // clang-format off

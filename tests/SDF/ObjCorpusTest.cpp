@@ -14,14 +14,15 @@
 using namespace lum::SDF;
 using lum::UInt32;
 using lum::UInt8;
+using namespace lum::test;
 
 namespace {
 
 // Files whose structure our object layer must read in full: object streams and the text
 // filters, in files that no reader calls damaged, and that need no password.
-std::vector<lum::test::CorpusRow> Selection(const std::filesystem::path& dir) {
-    std::vector<lum::test::CorpusRow> picked;
-    for (const auto& r : lum::test::CorpusManifest(dir)) {
+std::vector<CorpusRow> Selection(const std::filesystem::path& dir) {
+    std::vector<CorpusRow> picked;
+    for (const auto& r : CorpusManifest(dir)) {
         if (r.bytes > 1500000) continue;
         if (!(r.Has("objstm") || r.Has("lzw") || r.Has("ascii85") || r.Has("asciihex"))) continue;
         if (r.Has("damaged") || r.Has("qpdf-warnings") || r.Has("qpdf-fails") || r.Has("filter-unknown") ||
@@ -57,7 +58,7 @@ bool IsImageCoding(Obj* stream) {
 }
 
 TEST(ObjCorpus, CleanFilesLoadEveryObjectAndStream) {
-    const auto dir = lum::test::CorpusDir();
+    const auto dir = CorpusDir();
     if (!dir) GTEST_SKIP() << "shared corpus not found; skipping the real-file sweep";
     const auto files = Selection(*dir);
     ASSERT_FALSE(files.empty());
@@ -110,7 +111,7 @@ TEST(ObjCorpus, CleanFilesLoadEveryObjectAndStream) {
 // Strings are decrypted as their object is parsed, streams as they are read: with the empty
 // user password every revision gives the same text and content as the plain copy.
 TEST(ObjCorpus, EncryptedStringsAndStreamsReadAsThePlainCopy) {
-    const auto dir = lum::test::CorpusDir();
+    const auto dir = CorpusDir();
     if (!dir) GTEST_SKIP() << "shared corpus not found; skipping the encrypted files";
     const auto folder = *dir / "pypdf" / "encryption";
     if (!std::filesystem::exists(folder / "unencrypted.pdf")) GTEST_SKIP() << "no pypdf files";
@@ -128,7 +129,7 @@ TEST(ObjCorpus, EncryptedStringsAndStreamsReadAsThePlainCopy) {
         r.author = text(info->FindObj("Author"));
         r.creator = text(info->FindObj("Creator"));
         Obj* page = doc.GetRoot()->FindObj(e_Pages)->FindObj("Kids")->GetAt(0);
-        r.content = lum::test::ReadAll(page->FindObj(e_Contents)->GetDecodedStream());
+        r.content = ReadAll(page->FindObj(e_Contents)->GetDecodedStream());
         return r;
     };
     const Read plain = read(folder / "unencrypted.pdf");

@@ -61,8 +61,7 @@ TEST(ObjLoad, Failures) {
         MemDoc doc(WithObjects({{3, c.text}}));
         Indirect* obj = doc->GetObj(3);
         for (int attempt = 0; attempt < 2; ++attempt) {
-            EXPECT_LUM_FAILURE(obj->GetType(), c.message, c.condition,
-                               "lum::SDF::ObjParser::GetObj");
+            EXPECT_LUM_FAILURE(obj->GetType(), c.message, c.condition, "lum::SDF::ObjParser::GetObj");
             EXPECT_FALSE(obj->IsLoaded()) << c.name;
         }
         // The object beside it is unharmed.

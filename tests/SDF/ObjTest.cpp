@@ -60,8 +60,7 @@ TEST(Dict, FindFilterAndGet) {
 
 TEST(Dict, PutReplaceEraseRename) {
     Dict d;
-    EXPECT_LUM_FAILURE(d.Put("A", nullptr), "The value can't be NULL (0)", "obj",
-                       "lum::SDF::Dict::Put");
+    EXPECT_LUM_FAILURE(d.Put("A", nullptr), "The value can't be NULL (0)", "obj", "lum::SDF::Dict::Put");
     auto it = d.Put("A", new Number(1));
     EXPECT_LUM_FAILURE(d.Replace(it, nullptr), "The value can't be NULL (0)", "obj",
                        "lum::SDF::Dict::Replace");
@@ -99,8 +98,7 @@ TEST(Array, Operations) {
     Array a;
     EXPECT_LUM_FAILURE(a.GetAt(0), "Array::GetAt - Index is out of range", "index<size()",
                        "lum::SDF::Array::GetAt");
-    EXPECT_LUM_FAILURE(a.Insert(0, nullptr), "Obj can't be NULL (0)", "obj",
-                       "lum::SDF::Array::Insert");
+    EXPECT_LUM_FAILURE(a.Insert(0, nullptr), "Obj can't be NULL (0)", "obj", "lum::SDF::Array::Insert");
     Null spare;  // a failed Replace does not take the value
     EXPECT_LUM_FAILURE(a.Replace(0, &spare), "Array::Replace: Index is out of range",
                        "pos < size()", "lum::SDF::Array::Replace");
@@ -109,8 +107,7 @@ TEST(Array, Operations) {
     a.Insert(1, new Number(2));
     a.PushFront(new Number(0));
     EXPECT_EQ(Dump(&a), "[0 1 2 3]");
-    EXPECT_LUM_FAILURE(a.Replace(1, nullptr), "Obj can't be NULL (0)", "obj",
-                       "lum::SDF::Array::Replace");
+    EXPECT_LUM_FAILURE(a.Replace(1, nullptr), "Obj can't be NULL (0)", "obj", "lum::SDF::Array::Replace");
     a.Replace(1, new Name("x"));
     a.EraseAt(99);  // past the end does nothing
     a.EraseAt(0);

@@ -362,8 +362,7 @@ TEST(XRefParser, StreamRecords) {
     }
     {
         SCOPED_TRACE("A zero-width offset field gives offset 0, without the header offset");
-        MemDoc doc(StreamSectionFile("/Size 4 /Root 1 0 R /W [1 0 1] /Index [3 1]", "01 00", "\n\n"),
-                   false);
+        MemDoc doc(StreamSectionFile("/Size 4 /Root 1 0 R /W [1 0 1] /Index [3 1]", "01 00", "\n\n"), false);
         EXPECT_EQ(doc.Get(3)->GetOffset(), 0u);
     }
     {

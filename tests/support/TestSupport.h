@@ -99,8 +99,7 @@ struct RunResult {
 
 // Runs a program with the given arguments in `cwd`, feeding `input` to its standard input.
 RunResult Run(const std::string& program, const std::vector<std::string>& args,
-              const std::filesystem::path& cwd = {}, const std::string& input = {},
-              int timeout_seconds = 60);
+              const std::filesystem::path& cwd = {}, const std::string& input = {}, int timeout_seconds = 60);
 
 // Runs the built scrivex binary.
 RunResult RunScrivex(const std::vector<std::string>& args, const std::filesystem::path& cwd = {},

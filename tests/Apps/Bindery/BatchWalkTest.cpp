@@ -16,15 +16,13 @@
 #include "support/TestSupport.h"
 
 namespace fs = std::filesystem;
-using lum::test::RunResult;
-using lum::test::RunScrivex;
-using lum::test::TempDir;
+using namespace lum::test;
 
 namespace {
 
 void PutPdf(const fs::path& p) {
-    static const std::string bytes = lum::test::ReadFile(lum::test::DataPath("hello.pdf"));
-    lum::test::WriteFile(p, bytes);
+    static const std::string bytes = ReadFile(DataPath("hello.pdf"));
+    WriteFile(p, bytes);
 }
 
 std::vector<std::string> Lines(const std::string& s) {
@@ -60,7 +58,7 @@ TEST(BatchWalkCli, InputNamesAndTheExtensionRetry) {
     TempDir dir;
     PutPdf(dir / "a.pdf");
     PutPdf(dir / "c.pdf");
-    lum::test::WriteFile(dir / "notes.txt", "text");
+    WriteFile(dir / "notes.txt", "text");
     PutPdf(dir / "paper.txt");
     struct Case {
         std::vector<std::string> args;
@@ -100,7 +98,7 @@ TEST(BatchWalkCli, FolderFiltersByLowerCasedExtension) {
     TempDir dir;
     PutPdf(dir / "f" / "B.PDF");
     PutPdf(dir / "f" / "c.pdf");
-    lum::test::WriteFile(dir / "f" / "d.txt", "x");
+    WriteFile(dir / "f" / "d.txt", "x");
     PutPdf(dir / "f" / "sub" / "e.pdf");
     RunResult r = RunScrivex({"f"}, dir.path());
     ExpectCleanRun(r);
@@ -122,7 +120,7 @@ TEST(BatchWalkCli, SubfoldersMirrorIntoTheOutputFolder) {
     PutPdf(dir / "tree" / "top.pdf");
     PutPdf(dir / "tree" / "a" / "b.pdf");
     PutPdf(dir / "tree" / "a" / "deeper" / "c.pdf");
-    lum::test::WriteFile(dir / "tree" / "only-text" / "t.txt", "x");
+    WriteFile(dir / "tree" / "only-text" / "t.txt", "x");
 
     RunResult r = RunScrivex({"-o", "out", "--subfolders", "tree"}, dir.path());
     ExpectCleanRun(r);
@@ -153,7 +151,7 @@ TEST(BatchWalkCli, OutputFolderThatCannotBeMade) {
     PutPdf(dir / "t" / "s" / "x.pdf");
     PutPdf(dir / "t" / "y.pdf");
     fs::create_directories(dir / "o");
-    lum::test::WriteFile(dir / "o" / "t", "in the way");
+    WriteFile(dir / "o" / "t", "in the way");
     RunResult r = RunScrivex({"-o", "o", "--subfolders", "t"}, dir.path());
     ExpectCleanRun(r);
     EXPECT_EQ(r.status, 0);

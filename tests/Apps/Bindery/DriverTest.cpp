@@ -11,16 +11,14 @@
 #include "support/TestSupport.h"
 
 namespace fs = std::filesystem;
-using lum::test::RunResult;
-using lum::test::RunScrivex;
-using lum::test::TempDir;
+using namespace lum::test;
 
 namespace {
 
 // A copy of a test file under a name of the test's choosing.
 fs::path Put(const TempDir& dir, const std::string& data_file, const std::string& name) {
     const fs::path p = dir / name;
-    lum::test::WriteFile(p, lum::test::ReadFile(lum::test::DataPath(data_file)));
+    WriteFile(p, ReadFile(DataPath(data_file)));
     return p;
 }
 
@@ -90,23 +88,23 @@ TEST(DriverCli, OutputFileHoldsMarkAndReport) {
     // A trailing separator on the output folder is dropped once.
     RunResult r = RunScrivex({"-o", "out/", "--pageinfo", "one.pdf"}, dir.path());
     EXPECT_EQ(0, r.status);
-    EXPECT_EQ(kBom + kLetterLine, lum::test::ReadFile(dir / "out" / "one.txt"));
+    EXPECT_EQ(kBom + kLetterLine, ReadFile(dir / "out" / "one.txt"));
 
     r = RunScrivex({"-o", "out16", "--pageinfo", "--encoding", "UTF16", "one.pdf"}, dir.path());
     std::string want = "\xFF\xFE";
     for (char c : kLetterLine) want += std::string{c, '\0'};
-    EXPECT_EQ(want, lum::test::ReadFile(dir / "out16" / "one.txt"));
+    EXPECT_EQ(want, ReadFile(dir / "out16" / "one.txt"));
 
     // Any other encoding is UTF-8 without a word; an existing file is replaced.
-    lum::test::WriteFile(dir / "out" / "one.txt", std::string(100000, 'x'));
+    WriteFile(dir / "out" / "one.txt", std::string(100000, 'x'));
     r = RunScrivex({"-o", "out", "--pageinfo", "-e", "latin1", "one.pdf"}, dir.path());
-    EXPECT_EQ(kBom + kLetterLine, lum::test::ReadFile(dir / "out" / "one.txt"));
+    EXPECT_EQ(kBom + kLetterLine, ReadFile(dir / "out" / "one.txt"));
     EXPECT_FALSE(Contains(r.out, "Error")) << r.out;
 
     // Without pageinfo the page's file is made, and holds the mark alone until the text
     // engine writes into it.
     r = RunScrivex({"-o", "text", "one.pdf"}, dir.path());
-    EXPECT_EQ(kBom, lum::test::ReadFile(dir / "text" / "one.txt"));
+    EXPECT_EQ(kBom, ReadFile(dir / "text" / "one.txt"));
 }
 
 TEST(DriverCli, ScreenOutputAndVerbosity) {
@@ -181,8 +179,8 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(DriverCli, FailuresEndWhatTheyShould) {
     TempDir dir;
-    lum::test::WriteFile(dir / "empty.pdf", "");
-    lum::test::WriteFile(dir / "text.pdf", "This is no PDF at all.\n");
+    WriteFile(dir / "empty.pdf", "");
+    WriteFile(dir / "text.pdf", "This is no PDF at all.\n");
     Put(dir, "pages-badroot.pdf", "badroot.pdf");
     Put(dir, "pages-one.pdf", "z.pdf");
     const RunResult r =
@@ -223,9 +221,8 @@ TEST(DriverCli, PageErrorEndsThatPageOnly) {
 
     // In file mode the earlier and later pages' files are complete.
     r = RunScrivex({"-o", "out", "--pageinfo", "bad.pdf"}, dir.path());
-    EXPECT_EQ(kBom + kLetterLine, lum::test::ReadFile(dir / "out" / "bad_1.txt"));
-    EXPECT_EQ(kBom + "792, 612, 0, 0, 612, 792, 0, 0, 612, 792, 270\n",
-              lum::test::ReadFile(dir / "out" / "bad_3.txt"));
+    EXPECT_EQ(kBom + kLetterLine, ReadFile(dir / "out" / "bad_1.txt"));
+    EXPECT_EQ(kBom + "792, 612, 0, 0, 612, 792, 0, 0, 612, 792, 270\n", ReadFile(dir / "out" / "bad_3.txt"));
 }
 
 TEST(DriverCli, OutputFileThatCannotBeCreatedEndsTheDocument) {
@@ -242,7 +239,7 @@ TEST(DriverCli, OutputFileThatCannotBeCreatedEndsTheDocument) {
         << r.out;
     // The pages after it are not converted; the next document is.
     EXPECT_EQ((std::vector<std::string>{"a_1.txt", "a_2.txt", "b.txt"}), FilesIn(dir / "out"));
-    EXPECT_EQ(kBom + kLetterLine, lum::test::ReadFile(dir / "out" / "b.txt"));
+    EXPECT_EQ(kBom + kLetterLine, ReadFile(dir / "out" / "b.txt"));
 }
 
 TEST(DriverCli, UnreadableFileAndFolder) {

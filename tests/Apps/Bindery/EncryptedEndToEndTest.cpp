@@ -16,10 +16,7 @@
 #include "support/TestSupport.h"
 
 namespace fs = std::filesystem;
-using lum::test::Run;
-using lum::test::RunResult;
-using lum::test::RunScrivex;
-using lum::test::TempDir;
+using namespace lum::test;
 
 namespace {
 
@@ -86,7 +83,7 @@ TEST(EncryptedEndToEnd, EveryCipherAndPasswordKindGivesThePlainReport) {
     if (!HaveQpdf()) GTEST_SKIP() << "qpdf is not installed";
     TempDir dir;
     for (const char* source : {"hello.pdf", "pages-boxes.pdf", "xref-stream.pdf"}) {
-        const fs::path plain = lum::test::DataPath(source);
+        const fs::path plain = DataPath(source);
         const RunResult base = RunScrivex({"--pageinfo", plain.string()});
         ASSERT_EQ(0, base.status) << source;
         const std::string report = base.out.substr(base.out.find('\n') + 1);
@@ -126,7 +123,7 @@ TEST(EncryptedEndToEnd, EveryCipherAndPasswordKindGivesThePlainReport) {
 // Adds 1 to the catalog's offset in the table of a file written without object streams, so
 // that the catalog can only be reached through the rebuild.
 void DamageCatalogOffset(const fs::path& in, const fs::path& out) {
-    std::string s = lum::test::ReadFile(in);
+    std::string s = ReadFile(in);
     const size_t root = s.rfind("/Root ");
     const size_t xref = s.rfind("\nxref\n");
     ASSERT_NE(std::string::npos, root);
@@ -138,7 +135,7 @@ void DamageCatalogOffset(const fs::path& in, const fs::path& out) {
     char digits[11];
     std::snprintf(digits, sizeof digits, "%010lu", offset + 1);
     s.replace(row, 10, digits);
-    lum::test::WriteFile(out, s);
+    WriteFile(out, s);
 }
 
 // A file that opens with the empty user password and whose catalog needs the rebuild: the
@@ -146,7 +143,7 @@ void DamageCatalogOffset(const fs::path& in, const fs::path& out) {
 TEST(EncryptedEndToEnd, RepairedCopyOpensLikeTheIntactOneInEveryRevision) {
     if (!HaveQpdf()) GTEST_SKIP() << "qpdf is not installed";
     TempDir dir;
-    const fs::path plain = lum::test::DataPath("pages-boxes.pdf");
+    const fs::path plain = DataPath("pages-boxes.pdf");
     for (const Cipher& c : kCiphers) {
         SCOPED_TRACE(c.name);
         const fs::path intact = Encrypt(plain, dir / "intact.pdf", c, "", "own-pw", "disable");
@@ -188,7 +185,7 @@ TEST(EncryptedEndToEnd, PromptOpensWithAPasswordTypedOnStandardInput) {
         {"rc4_128_r3", "", "bad", "\n", 1},
     };
     TempDir dir;
-    const fs::path plain = lum::test::DataPath("hello.pdf");
+    const fs::path plain = DataPath("hello.pdf");
     const std::string report = "595.28, 841.89, 0, 0, 595.28, 841.89, 0, 0, 595.28, 841.89, 0\n";
     for (const PromptCase& pc : cases) {
         SCOPED_TRACE(std::string(pc.cipher) + " typed '" + pc.typed + "'");
@@ -218,7 +215,7 @@ struct CorpusEntry {
 // can't be opened by any password and are left out.
 std::vector<CorpusEntry> EncryptedCorpusFiles(const fs::path& corpus) {
     std::vector<CorpusEntry> entries;
-    for (const lum::test::CorpusRow& row : lum::test::CorpusManifest(corpus)) {
+    for (const CorpusRow& row : CorpusManifest(corpus)) {
         const auto revision = row.After("encrypt-R");
         const auto password = row.After("password=");  // a password of one space keeps its space
         if (!revision || row.Has("encrypted-pubkey") || row.Has("encrypted-unknown") || password == "?") continue;
@@ -281,7 +278,7 @@ const std::map<std::string, KnownFailure> kKnownFailures = {
 };
 
 TEST(EncryptedEndToEnd, CorpusFilesOpenWithTheirKnownPasswords) {
-    const auto corpus = lum::test::CorpusDir();
+    const auto corpus = CorpusDir();
     if (!corpus) GTEST_SKIP() << "the shared corpus is not present";
     const std::vector<CorpusEntry> entries = EncryptedCorpusFiles(*corpus);
     ASSERT_FALSE(entries.empty());
@@ -292,7 +289,7 @@ TEST(EncryptedEndToEnd, CorpusFilesOpenWithTheirKnownPasswords) {
         std::vector<std::string> args = {"--pageinfo", "--noprompt", "--verb", "2"};
         if (e.has_password) args.insert(args.end(), {"-p", AsTyped(e)});
         args.push_back(path.string());
-        const RunResult r = lum::test::RunLimited(LUM_SCRIVEX_BIN, args, 20);
+        const RunResult r = RunLimited(LUM_SCRIVEX_BIN, args, 20);
         ASSERT_FALSE(r.timed_out);
         ASSERT_EQ(0, r.status) << r.err;
         const auto failure = kKnownFailures.find(e.file);

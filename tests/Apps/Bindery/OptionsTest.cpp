@@ -14,7 +14,7 @@
 
 namespace fs = std::filesystem;
 using lum::Bindery::Options;
-using lum::test::TempDir;
+using namespace lum::test;
 
 namespace {
 
@@ -110,7 +110,7 @@ TEST(OptionsHelp, WhenHelpAndVersionAreShown) {
 
 TEST(OptionsErrors, ParserFailuresEndTheRunBeforeAnyFile) {
     TempDir dir;
-    lum::test::WriteFile(dir / "a.pdf", lum::test::ReadFile(lum::test::DataPath("hello.pdf")));
+    WriteFile(dir / "a.pdf", ReadFile(DataPath("hello.pdf")));
     const std::string file = (dir / "a.pdf").string();
     const std::vector<std::string> cases[] = {
         {"--bogus", file},
@@ -214,7 +214,7 @@ TEST(OptionsOutput, FolderIsMadeAbsoluteAndCreated) {
     EXPECT_FALSE(opt.m_to_screen);
 
     // A path below a regular file can't be created: status 3, and no input is looked at.
-    lum::test::WriteFile(dir / "file", "x");
+    WriteFile(dir / "file", "x");
     const fs::path bad = dir / "file" / "sub";
     EXPECT_EQ(RunArgs({"-o", bad.string(), "no-such-input"}), 3);
     EXPECT_EQ(gl_messages, (std::vector<Message>{{1, "Failed to create the output directory: " + bad.string()}}));

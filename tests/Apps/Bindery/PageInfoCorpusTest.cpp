@@ -19,7 +19,7 @@
 #include "support/TestSupport.h"
 
 namespace fs = std::filesystem;
-using lum::test::RunResult;
+using namespace lum::test;
 
 namespace {
 
@@ -131,7 +131,7 @@ bool Agree(const double* ours, const double* theirs) {
 // are left out.
 std::vector<std::pair<std::string, std::string>> DataRows(const std::string& name) {
     std::vector<std::pair<std::string, std::string>> rows;
-    std::ifstream in(lum::test::DataPath(name));
+    std::ifstream in(DataPath(name));
     for (std::string line; std::getline(in, line);) {
         if (line.empty() || line[0] == '#') continue;
         std::istringstream fields(line);
@@ -159,13 +159,13 @@ std::set<std::pair<std::string, int>> KnownDifferences() {
 }
 
 TEST(PageInfoCorpus, AgreesWithAnotherReader) {
-    const auto corpus = lum::test::CorpusDir();
+    const auto corpus = CorpusDir();
     if (!corpus) GTEST_SKIP() << "no shared corpus at " << LUM_CORPUS_DIR;
     if (!fs::exists("/usr/bin/pdfinfo")) GTEST_SKIP() << "pdfinfo is not installed";
     if (!fs::exists(kPrlimit)) GTEST_SKIP() << "prlimit is not installed";
 
     std::vector<std::string> files;
-    for (const auto& row : lum::test::CorpusManifest(*corpus)) files.push_back(row.file);
+    for (const auto& row : CorpusManifest(*corpus)) files.push_back(row.file);
     const auto known = KnownDifferences();
     auto refusals = KnownRefusals();
     std::map<std::string, OurDocument> ours;
@@ -180,14 +180,14 @@ TEST(PageInfoCorpus, AgreesWithAnotherReader) {
             paths.insert((*corpus / files[i]).string());
             args.push_back((*corpus / files[i]).string());
         }
-        RunResult r = lum::test::RunLimited(LUM_SCRIVEX_BIN, args, 10 * static_cast<int>(paths.size()));
+        RunResult r = RunLimited(LUM_SCRIVEX_BIN, args, 10 * static_cast<int>(paths.size()));
         if (r.status == 0 && !r.timed_out) {
             ReadOurs(r.out, paths, ours);
             continue;
         }
         for (const auto& path : paths) {
             RunResult one =
-                lum::test::RunLimited(LUM_SCRIVEX_BIN, {"--pageinfo", "--verb", "2", "--noprompt", path}, 10);
+                RunLimited(LUM_SCRIVEX_BIN, {"--pageinfo", "--verb", "2", "--noprompt", path}, 10);
             if (one.timed_out || one.status >= 128)
                 crashes.push_back(path + (one.timed_out ? " (hang)" : " (crash)"));
             ReadOurs(one.out, {path}, ours);
@@ -199,7 +199,7 @@ TEST(PageInfoCorpus, AgreesWithAnotherReader) {
     for (const auto& file : files) {
         const std::string path = (*corpus / file).string();
         RunResult info =
-            lum::test::RunLimited("/usr/bin/pdfinfo", {"-box", "-f", "1", "-l", "99999", path}, 20);
+            RunLimited("/usr/bin/pdfinfo", {"-box", "-f", "1", "-l", "99999", path}, 20);
         if (info.status != 0 || info.timed_out) continue;  // pdfinfo doesn't read it
         const OurDocument& doc = ours[path];
         if (!doc.refusal.empty()) {

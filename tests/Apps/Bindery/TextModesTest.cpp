@@ -9,9 +9,7 @@
 #include "support/TestSupport.h"
 
 namespace fs = std::filesystem;
-using lum::test::RunResult;
-using lum::test::RunScrivex;
-using lum::test::TempDir;
+using namespace lum::test;
 
 namespace {
 
@@ -21,11 +19,11 @@ const char* kFile = "text-modes.pdf";
 
 fs::path Put(const TempDir& dir) {
     const fs::path p = dir / "my.pdf";
-    lum::test::WriteFile(p, lum::test::ReadFile(lum::test::DataPath(kFile)));
+    WriteFile(p, ReadFile(DataPath(kFile)));
     return p;
 }
 
-std::string Screen(const std::vector<std::string>& options) { return lum::test::QuietOutput(kFile, options); }
+std::string Screen(const std::vector<std::string>& options) { return QuietOutput(kFile, options); }
 
 size_t Count(const std::string& s, const std::string& what) {
     size_t n = 0;
@@ -89,17 +87,16 @@ TEST(TextModes, Files) {
     Put(dir);
     RunResult r = RunScrivex({"--verb", "0", "-o", "out", "--wordcount", "my.pdf"}, dir.path());
     ASSERT_EQ(r.status, 0) << r.out;
-    EXPECT_EQ(lum::test::ReadFile(dir / "out" / "my_1.txt"), "\xEF\xBB\xBF" "13\n");
-    EXPECT_EQ(lum::test::ReadFile(dir / "out" / "my_2.txt"), "\xEF\xBB\xBF" "5\n");
+    EXPECT_EQ(ReadFile(dir / "out" / "my_1.txt"), "\xEF\xBB\xBF" "13\n");
+    EXPECT_EQ(ReadFile(dir / "out" / "my_2.txt"), "\xEF\xBB\xBF" "5\n");
 
     r = RunScrivex({"--verb", "0", "-o", "lay", "-f", "layout", "my.pdf"}, dir.path());
     ASSERT_EQ(r.status, 0) << r.out;
-    EXPECT_EQ(lum::test::ReadFile(dir / "lay" / "my_2.txt"), "\xEF\xBB\xBF");
+    EXPECT_EQ(ReadFile(dir / "lay" / "my_2.txt"), "\xEF\xBB\xBF");
 
-    r = RunScrivex({"--verb", "0", "-o", "x", "-e", "UTF16", "-f", "xml", "-a", "2", "my.pdf"},
-                   dir.path());
+    r = RunScrivex({"--verb", "0", "-o", "x", "-e", "UTF16", "-f", "xml", "-a", "2", "my.pdf"}, dir.path());
     ASSERT_EQ(r.status, 0) << r.out;
-    const std::string xml = lum::test::ReadFile(dir / "x" / "my.xml");
+    const std::string xml = ReadFile(dir / "x" / "my.xml");
     ASSERT_GE(xml.size(), 8u);
     EXPECT_EQ(xml.substr(0, 6), std::string("\xFF\xFE<\0?\0", 6));
     EXPECT_NE(xml.find(std::string("u\0t\0f\0-\0" "1\0" "6\0", 12)), std::string::npos);
