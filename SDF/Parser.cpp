@@ -87,18 +87,13 @@ double ParseNumberToken(const char* s, size_t n) noexcept {
     while (i < n && (s[i] == '+' || s[i] == '-')) ++i;
     // Nine digits always fit 32 bits; longer integers go on in the double.
     UInt32 small = 0;
-    double value = 0;
     int digits = 0;
-    while (i < n && IsDigit(UInt8(s[i]))) {
-        const int d = s[i] - '0';
+    for (; i < n && digits < 9 && IsDigit(UInt8(s[i])); ++i, ++digits)
+        small = small * 10 + UInt32(s[i] - '0');
+    double value = small;
+    for (; i < n && IsDigit(UInt8(s[i])); ++i) {
         if (++digits >= 39) return 0;
-        if (digits <= 9) {
-            small = small * 10 + UInt32(d);
-            value = small;
-        } else {
-            value = value * 10 + d;
-        }
-        ++i;
+        value = value * 10 + (s[i] - '0');
     }
     if (i < n && s[i] == '.') {
         ++i;
