@@ -17,7 +17,7 @@ public:
 protected:
     size_t Process() override {
         const size_t n = std::min(m_step, m_data.size() - m_pos);
-        std::memcpy(m_buf_begin, m_data.data() + m_pos, n);
+        if (n > 0) std::memcpy(m_buf_begin, m_data.data() + m_pos, n);  // empty data: no pointer
         m_pos += n;
         return n;
     }
