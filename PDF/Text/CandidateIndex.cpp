@@ -10,8 +10,10 @@ void CandidateIndex::Reset(size_t n) {
     m_nodes.assign(2 * m_leaves, kClosed);
 }
 
-void CandidateIndex::Set(size_t pos, double x1, double x2, double reach, double radius) {
+void CandidateIndex::Set(size_t pos, double x1, double x2, double reach, double radius,
+                         const Shape* shape) {
     Node& leaf = m_nodes[m_leaves + pos];
+    leaf = kClosed;
     // A reach that compares with nothing never ends the block's turn.
     leaf.open = 1;
     leaf.reach = std::isnan(reach) ? -kInf : reach;
@@ -23,6 +25,16 @@ void CandidateIndex::Set(size_t pos, double x1, double x2, double reach, double 
         std::isnan(leaf.hi_r)) {
         leaf.lo = leaf.lo_r = -kInf;
         leaf.hi = leaf.hi_r = kInf;
+    }
+    // The rules bound a node by its extremes, which a NaN or a negative height would spoil.
+    if (shape && !std::isnan(shape->x1) && !std::isnan(shape->x2) && !std::isnan(shape->y1) &&
+        shape->height >= 0) {
+        leaf.max_x1 = shape->x1;
+        leaf.min_x2 = shape->x2;
+        leaf.min_y1 = leaf.max_y1 = shape->y1;
+        leaf.min_h = leaf.max_h = shape->height;
+    } else {
+        leaf.wild = 1;
     }
     Pull(m_leaves + pos);
 }
@@ -37,9 +49,32 @@ void CandidateIndex::Pull(size_t node) {
         const Node& a = m_nodes[2 * node];
         const Node& b = m_nodes[2 * node + 1];
         m_nodes[node] = {std::max(a.reach, b.reach), std::min(a.lo, b.lo),
-                         std::min(a.lo_r, b.lo_r), std::max(a.hi, b.hi),
-                         std::max(a.hi_r, b.hi_r), a.open + b.open};
+                         std::min(a.lo_r, b.lo_r),   std::max(a.hi, b.hi),
+                         std::max(a.hi_r, b.hi_r),   a.open + b.open,
+                         a.wild + b.wild,            std::max(a.max_x1, b.max_x1),
+                         std::min(a.min_x2, b.min_x2), std::min(a.min_y1, b.min_y1),
+                         std::max(a.max_y1, b.max_y1), std::min(a.min_h, b.min_h),
+                         std::max(a.max_h, b.max_h)};
     }
+}
+
+bool CandidateIndex::Rejects(const Node& n) const {
+    // Each bound is the rule's own arithmetic on the node's extremes: rounding is monotone,
+    // so it holds for every block of the node. A NaN anywhere rejects nothing.
+    const Shape& s = m_probe.shape;
+    switch (m_probe.rule) {
+        case Probe::e_none:
+            break;
+        case Probe::e_overlap: {
+            const double least = std::min(n.min_x2, s.x2) - std::max(n.max_x1, s.x1);
+            return least > m_probe.factor * n.max_h;
+        }
+        case Probe::e_step: {
+            const double limit = m_probe.factor * n.min_h;
+            return n.max_y1 - s.y1 < limit && s.y1 - n.min_y1 < limit;
+        }
+    }
+    return false;
 }
 
 }  // namespace lum::PDF

@@ -5,7 +5,9 @@
 // page can do neither, since a join needs the two boxes horizontally within a radius: a tree
 // over the positions keeps, for each range, the extreme reach and edges, and the walk skips
 // every range where no block can leave or join. It meets the same blocks in the same order as
-// the plain walk, only without those that would have stayed untouched.
+// the plain walk, only without those that would have stayed untouched. A pass may also give
+// the shape of its lone blocks and of the block it looks for, so that the walk skips a range
+// whose blocks a join rule rejects as a whole (words stacked on one spot).
 #include <cmath>
 #include <limits>
 #include <vector>
@@ -16,29 +18,59 @@ namespace lum::PDF {
 
 class CandidateIndex {
 public:
+    // The box edges and font height of a block, for the rules of a probe.
+    struct Shape {
+        double x1, x2, y1, height;
+    };
+    // What a walk may reject in bulk, for the block of shape `shape` it looks for:
+    // e_overlap: blocks overlapping it horizontally by more than `factor` x their own font
+    //   height (a run never joins a run it overlaps so far);
+    // e_step: blocks whose y1 lies less than `factor` x their own font height from its y1
+    //   (too close to be the line before it in a paragraph).
+    struct Probe {
+        enum Rule : UInt8 { e_none, e_overlap, e_step } rule = e_none;
+        Shape shape{};
+        double factor = 0;
+    };
+
     // Empties the index for positions [0, n).
     void Reset(size_t n);
 
     // Opens position `pos` (or updates it): the block reaches down to `reach` and spans
-    // [x1, x2]; it joins boxes within `radius` of it. NaN makes a block always met.
-    void Set(size_t pos, double x1, double x2, double reach, double radius);
+    // [x1, x2]; it joins boxes within `radius` of it. NaN makes a block always met. Only a
+    // block given a `shape` may be rejected by a probe's rule.
+    void Set(size_t pos, double x1, double x2, double reach, double radius,
+             const Shape* shape = nullptr);
     void Remove(size_t pos);
 
-    // Calls visit(pos) in order of position for each open block that reaches above `y` or may
-    // join [x1, x2] within `radius` (the larger of the two radii counts); stops when visit
-    // answers true. visit may Set or Remove the position it was given.
+    // Calls visit(pos) in order of position for each open block that reaches above `y`, or
+    // that may join [x1, x2] within `radius` (the larger of the two radii counts) and isn't
+    // rejected by the probe's rule; stops when visit answers true. visit may Set or Remove the
+    // position it was given.
     template <class Visit>
-    void Walk(double y, double x1, double x2, double radius, Visit visit);
+    void Walk(double y, double x1, double x2, double radius, Visit visit, const Probe& probe = {});
+    // Removes the open blocks at positions [0, end) that reach above `y`, calling
+    // removed(pos) for each.
+    template <class Removed>
+    void RemoveAbove(double y, size_t end, Removed removed) {
+        if (m_nodes.empty()) return;
+        m_y = y;
+        DescendAbove(1, 0, m_leaves, end, removed);
+    }
 
 private:
     struct Node {
-        double reach;        // highest reach
-        double lo, lo_r;     // lowest x1, and x1 less the radius
-        double hi, hi_r;     // highest x2, and x2 plus the radius
-        size_t open;         // open positions
+        double reach;     // highest reach
+        double lo, lo_r;  // lowest x1, and x1 less the radius
+        double hi, hi_r;  // highest x2, and x2 plus the radius
+        size_t open;      // open positions
+        size_t wild;      // of those, the ones without a shape or with a NaN in it
+        // Extremes of the shapes of the others.
+        double max_x1, min_x2, min_y1, max_y1, min_h, max_h;
     };
     static constexpr double kInf = std::numeric_limits<double>::infinity();
-    static constexpr Node kClosed{-kInf, kInf, kInf, -kInf, -kInf, 0};
+    static constexpr Node kClosed{-kInf, kInf, kInf, -kInf, -kInf, 0, 0,
+                                  -kInf, kInf,  kInf, -kInf, kInf, -kInf};
 
     void Pull(size_t node);
     bool Meets(const Node& n) const {
@@ -46,20 +78,40 @@ private:
         if (n.reach > m_y) return true;
         const double lo = std::min(n.lo_r, n.lo - m_radius);
         const double hi = std::max(n.hi_r, n.hi + m_radius);
-        return lo <= m_x2 && hi >= m_x1;
+        if (!(lo <= m_x2 && hi >= m_x1)) return false;
+        return n.wild != 0 || !Rejects(n);
     }
+    // Whether the probe's rule rejects every block of a node without a wild one.
+    bool Rejects(const Node& n) const;
     template <class Visit>
     bool Descend(size_t node, Visit& visit);
+    template <class Removed>
+    void DescendAbove(size_t node, size_t lo, size_t hi, size_t end, Removed& removed) {
+        // The depth is the tree's height, the log of the block count.
+        const Node& n = m_nodes[node];
+        if (n.open == 0 || lo >= end || !(n.reach > m_y)) return;
+        if (node >= m_leaves) {
+            Remove(lo);
+            removed(lo);
+            return;
+        }
+        const size_t mid = lo + (hi - lo) / 2;
+        DescendAbove(2 * node, lo, mid, end, removed);
+        DescendAbove(2 * node + 1, mid, hi, end, removed);
+    }
 
     std::vector<Node> m_nodes;  // heap order: 1 is the root, leaves from m_leaves on
     size_t m_leaves = 0;
     double m_y = 0, m_x1 = 0, m_x2 = 0, m_radius = 0;
+    Probe m_probe;
 };
 
 template <class Visit>
-void CandidateIndex::Walk(double y, double x1, double x2, double radius, Visit visit) {
+void CandidateIndex::Walk(double y, double x1, double x2, double radius, Visit visit,
+                          const Probe& probe) {
     if (m_nodes.empty()) return;
     m_y = y;
+    m_probe = probe;
     // A box or radius that compares with nothing meets every block, as the plain walk would.
     const bool unknown = std::isnan(x1) || std::isnan(x2) || std::isnan(radius);
     m_x1 = unknown ? -kInf : x1;

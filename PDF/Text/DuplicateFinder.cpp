@@ -4,22 +4,14 @@
 
 namespace lum::PDF {
 
-namespace {
-
-// Copies may lie this far apart, in font heights of the first: twice as far vertically.
-constexpr double kHorizontalTolerance = 0.1;
-constexpr double kVerticalTolerance = 0.2;
-
-}  // namespace
-
 bool SameRun(const TRun& r, const TRun& s) {
     const double h = r.m_font_height;
     if (r.FragCount() != s.FragCount()) return false;
-    if (!(std::fabs(r.m_box.x1 - s.m_box.x1) < kHorizontalTolerance * h) ||
-        !(std::fabs(r.m_box.x2 - s.m_box.x2) < kHorizontalTolerance * h))
+    if (!(std::fabs(r.m_box.x1 - s.m_box.x1) < kTwinHorizontalTolerance * h) ||
+        !(std::fabs(r.m_box.x2 - s.m_box.x2) < kTwinHorizontalTolerance * h))
         return false;
-    if (!(std::fabs(r.m_box.y1 - s.m_box.y1) < kVerticalTolerance * h) ||
-        !(std::fabs(r.m_box.y2 - s.m_box.y2) < kVerticalTolerance * h))
+    if (!(std::fabs(r.m_box.y1 - s.m_box.y1) < kTwinVerticalTolerance * h) ||
+        !(std::fabs(r.m_box.y2 - s.m_box.y2) < kTwinVerticalTolerance * h))
         return false;
     const GlyphArena& ra = r.Arena();
     const GlyphArena& sa = s.Arena();

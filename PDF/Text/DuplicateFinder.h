@@ -24,6 +24,10 @@ private:
     UInt32 m_mark = 0;
 };
 
+// Copies may lie this far apart, in font heights of the first: twice as far vertically.
+constexpr double kTwinHorizontalTolerance = 0.1;
+constexpr double kTwinVerticalTolerance = 0.2;
+
 // Whether `s` repeats `r`: the same fragments and letters, at nearly the same place.
 bool SameRun(const TRun& r, const TRun& s);
 

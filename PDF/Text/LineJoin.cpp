@@ -16,8 +16,6 @@ constexpr double kJoinBaseline = 0.5;
 constexpr double kHeightRatio = 0.6;
 // A gap below this is no gap: the boxes touch.
 constexpr double kTouch = 0.03;
-// An overlap up to this is kerning.
-constexpr double kKerningOverlap = 0.3;
 // Gaps allowed while runs arrive, in character widths, by the sign of the TJ number between
 // the runs: none, one that moved the text forward, one that moved it back.
 constexpr double kGapPlain = 3.0;

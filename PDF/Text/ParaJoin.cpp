@@ -11,8 +11,7 @@ namespace {
 constexpr double kHeightRatio = 0.6;
 // The next line must overlap the reference by this share of its own width.
 constexpr double kParaOverlap = 0.85;
-// Line steps allowed, in font heights.
-constexpr double kMinStep = 0.5;
+// The largest line step, in font heights.
 constexpr double kMaxStep = 4.0;
 // A paragraph with a known spacing takes lines within this band around it.
 constexpr double kSpacingLow = 0.9;
@@ -39,7 +38,7 @@ bool IsParaLine(const Block& a, const Block& b) {
     if (!(d < 0)) return false;
     if (-d < kParaOverlap * b.Width()) return false;
     const double s = std::fabs(ref->m_box.y1 - b.m_box.y1);
-    if (s > kMaxStep * h || s < kMinStep * h) return false;
+    if (s > kMaxStep * h || s < kMinParaStep * h) return false;
     if (para && para->m_line_spacing != 0) {
         const double m = std::fabs(para->m_line_spacing);
         if (s < kSpacingLow * m || s > kSpacingHigh * m) return false;

@@ -181,6 +181,23 @@ void TLine::ForRunsNear(const Rect& box, F f) const {
         if (Touches(m_runs[i]->m_box, box)) f(m_runs[i]);
 }
 
+// Calls f(run) for the block itself when it is a run, else for the runs of its lines in order.
+template <class F>
+void ForEachRun(Block& b, F f) {
+    switch (b.GetKind()) {
+        case Block::e_run:
+            f(static_cast<TRun&>(b));
+            break;
+        case Block::e_line:
+            for (TRun* r : static_cast<TLine&>(b).m_runs) f(*r);
+            break;
+        case Block::e_para:
+            for (const TLine* line : static_cast<TPara&>(b).m_lines)
+                for (TRun* r : line->m_runs) f(*r);
+            break;
+    }
+}
+
 // The larger x1 less the smaller x2 of two boxes: a gap when positive, minus the overlap when
 // negative. SepY likewise.
 inline double SepX(const Block& a, const Block& b) {
@@ -195,6 +212,12 @@ inline double CharWidth(const TRun& r) {
     const double n = r.m_glyph_count > 0 ? r.m_glyph_count : 1;
     return std::max(0.3 * r.m_font_height, std::fabs(r.m_box.x2 - r.m_box.x1) / n);
 }
+
+// Two runs overlapping by more than this (x the font height of the first) never join a line:
+// up to it, the overlap is kerning.
+constexpr double kKerningOverlap = 0.3;
+// The least step from line to line in a paragraph, x the font height of the line above.
+constexpr double kMinParaStep = 0.5;
 
 // Negative when two runs belong on one line; lower is better.
 double JoinScore(const TRun& a, const TRun& b);

@@ -23,21 +23,9 @@ bool FromTop(const Block* a, const Block* b) {
 // Appends the runs of a line or of all lines of a paragraph to `out`, or the run itself.
 template <class Keep>
 void AppendRuns(Block& b, std::vector<Block*>& out, Keep keep) {
-    auto add_line = [&](const TLine& line) {
-        for (TRun* r : line.m_runs)
-            if (keep(*r)) out.push_back(r);
-    };
-    switch (b.GetKind()) {
-        case Block::e_run:
-            if (keep(static_cast<TRun&>(b))) out.push_back(&b);
-            break;
-        case Block::e_line:
-            add_line(static_cast<TLine&>(b));
-            break;
-        case Block::e_para:
-            for (const TLine* line : static_cast<TPara&>(b).m_lines) add_line(*line);
-            break;
-    }
+    ForEachRun(b, [&](TRun& r) {
+        if (keep(r)) out.push_back(&r);
+    });
 }
 
 // The horizontal extent of a box, whichever way its edges stand; NaN when an edge is NaN.
@@ -56,6 +44,18 @@ Extent ExtentOf(const Rect& box) {
 // A paragraph joins no line.
 Extent LineExtent(const Block& b) {
     return b.GetKind() == Block::e_para ? kNowhere : ExtentOf(b.m_box);
+}
+
+// Whether an open block of extent `open` is met by a walk for a block of extent `e`: a NaN
+// edge meets everything.
+bool Meet(Extent open, Extent e) {
+    if (std::isnan(open.lo) || std::isnan(open.hi)) open = {-kInf, kInf};
+    if (std::isnan(e.lo) || std::isnan(e.hi)) e = {-kInf, kInf};
+    return open.lo <= e.hi && open.hi >= e.lo;
+}
+
+CandidateIndex::Shape ShapeOf(const Block& b) {
+    return {b.m_box.x1, b.m_box.x2, b.m_box.y1, b.m_font_height};
 }
 
 // The larger radius; NaN (a run that JoinScore can't bound) wins.
@@ -105,33 +105,47 @@ void TextLayout::PurgeDuplicates(DuplicateFinder& finder) {
         changed = false;
         const size_t n = m_blocks.size();
         m_open.Reset(n);
+        m_twins.Build(m_blocks, n);
         for (size_t pos = 0; pos < n; ++pos) {
-            const Rect box = m_blocks[pos]->m_box;
+            Block* b = m_blocks[pos];
+            const Rect box = b->m_box;
             const Extent e = ExtentOf(box);
-            bool taken_apart = false;
-            // Copies overlap: the index skips blocks beside this one.
-            m_open.Walk(box.y2, e.lo, e.hi, 0, [&](size_t apos) {
-                Block* a = m_blocks[apos];
-                Block* b = m_blocks[pos];
+            // A copy holds a run of the same letters at nearly the same place: the blocks
+            // holding one are tried in order of position, as a walk over all open blocks
+            // would meet them, and the first copy wins.
+            m_candidates.clear();
+            m_twins.Candidates(*b, m_candidates);
+            std::sort(m_candidates.begin(), m_candidates.end());
+            m_candidates.erase(std::unique(m_candidates.begin(), m_candidates.end()),
+                               m_candidates.end());
+            size_t twin = n;
+            for (size_t apos : m_candidates) {
+                const Block* a = m_blocks[apos];
                 // Sorted by falling top: nothing that follows reaches a block wholly above.
-                if (a->m_box.y1 > b->m_box.y2) {
-                    m_open.Remove(apos);
-                    return false;
+                if (a->m_box.y1 > box.y2 || !Meet(ExtentOf(a->m_box), e)) continue;
+                if (finder.IsDuplicate(*m_blocks[apos], *b)) {
+                    twin = apos;
+                    break;
                 }
-                if (!finder.IsDuplicate(*a, *b)) return false;
-                changed = true;
-                // Both blocks are taken apart: a's runs go to the end of the list, and of b
-                // only the runs without a twin.
-                AppendRuns(*a, m_blocks, [](const TRun&) { return true; });
-                if (b->GetKind() != Block::e_run)
-                    AppendRuns(*b, m_blocks, [&](const TRun& r) { return !finder.InSet(r); });
-                m_blocks[apos] = nullptr;
-                m_blocks[pos] = nullptr;
-                m_open.Remove(apos);
-                taken_apart = true;
-                return true;
-            });
-            if (!taken_apart) m_open.Set(pos, e.lo, e.hi, m_blocks[pos]->m_box.y1, 0);
+            }
+            // The blocks wholly above this one leave, those after its copy at a later turn.
+            m_open.RemoveAbove(box.y2, twin == n ? pos : twin, [&](size_t p) { m_twins.Close(p); });
+            if (twin == n) {
+                m_open.Set(pos, e.lo, e.hi, box.y1, 0);
+                m_twins.Open(pos);
+                continue;
+            }
+            changed = true;
+            Block* a = m_blocks[twin];
+            // Both blocks are taken apart: a's runs go to the end of the list, and of b only
+            // the runs without a twin.
+            AppendRuns(*a, m_blocks, [](const TRun&) { return true; });
+            if (b->GetKind() != Block::e_run)
+                AppendRuns(*b, m_blocks, [&](const TRun& r) { return !finder.InSet(r); });
+            m_blocks[twin] = nullptr;
+            m_blocks[pos] = nullptr;
+            m_open.Remove(twin);
+            m_twins.Close(twin);
         }
         Compact();
     }
@@ -145,6 +159,12 @@ bool TextLayout::JoinLinesOnce(BlockPool& pool) {
     for (size_t pos = 0; pos < n; ++pos) {
         Block* b = m_blocks[pos];
         const Extent e = LineExtent(*b);
+        // A run never joins a run it overlaps by more than kerning: on words stacked on one
+        // spot the walk skips them in bulk.
+        const bool run = b->GetKind() == Block::e_run;
+        const CandidateIndex::Shape shape = ShapeOf(*b);
+        CandidateIndex::Probe probe;
+        if (run) probe = {CandidateIndex::Probe::e_overlap, shape, kKerningOverlap};
         bool merged = false;
         m_open.Walk(b->m_box.y2, e.lo, e.hi, m_radius[pos], [&](size_t apos) {
             Block* a = m_blocks[apos];
@@ -162,8 +182,8 @@ bool TextLayout::JoinLinesOnce(BlockPool& pool) {
             m_open.Set(apos, me.lo, me.hi, m->LineReach(), m_radius[apos]);
             merged = true;
             return true;
-        });
-        if (!merged) m_open.Set(pos, e.lo, e.hi, b->LineReach(), m_radius[pos]);
+        }, probe);
+        if (!merged) m_open.Set(pos, e.lo, e.hi, b->LineReach(), m_radius[pos], run ? &shape : nullptr);
     }
     Compact();
     return m_blocks.size() != n;
@@ -176,7 +196,13 @@ void TextLayout::JoinParagraphs(BlockPool& pool) {
         Block* b = m_blocks[pos];
         // The lines of a paragraph overlap horizontally; a paragraph joins nothing that
         // follows.
-        const Extent e = b->GetKind() == Block::e_para ? kNowhere : ExtentOf(b->m_box);
+        const bool para = b->GetKind() == Block::e_para;
+        const Extent e = para ? kNowhere : ExtentOf(b->m_box);
+        // A line is never the next of a line less than a minimal step above it: on words
+        // stacked on one spot the walk skips them in bulk.
+        const CandidateIndex::Shape shape = ShapeOf(*b);
+        CandidateIndex::Probe probe;
+        if (!para) probe = {CandidateIndex::Probe::e_step, shape, kMinParaStep};
         bool merged = false;
         m_open.Walk(b->m_box.y2, e.lo, e.hi, 0, [&](size_t apos) {
             Block* a = m_blocks[apos];
@@ -192,10 +218,10 @@ void TextLayout::JoinParagraphs(BlockPool& pool) {
             m_open.Set(apos, me.lo, me.hi, m->ParaReach(), 0);
             merged = true;
             return true;
-        });
+        }, probe);
         if (!merged) {
             const Extent own = ExtentOf(b->m_box);
-            m_open.Set(pos, own.lo, own.hi, b->ParaReach(), 0);
+            m_open.Set(pos, own.lo, own.hi, b->ParaReach(), 0, para ? nullptr : &shape);
         }
     }
     Compact();

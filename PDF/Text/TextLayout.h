@@ -5,6 +5,7 @@
 #include "Common/Types.h"
 #include "PDF/Text/CandidateIndex.h"
 #include "PDF/Text/TextBlocks.h"
+#include "PDF/Text/TwinIndex.h"
 
 namespace lum::PDF {
 
@@ -44,6 +45,8 @@ private:
     UInt32 m_flags = 0;
     CandidateIndex m_open;         // scratch: blocks a pass may still join
     std::vector<double> m_radius;  // scratch: the join radius of each position
+    TwinIndex m_twins;             // scratch: the runs of the purge, by their letters
+    std::vector<size_t> m_candidates;
 };
 
 }  // namespace lum::PDF
