@@ -4,7 +4,8 @@
 
 namespace lum::PDF {
 
-void CandidateIndex::Reset(size_t n) {
+void CandidateIndex::Reset(size_t n, Rule rule) {
+    m_rule = rule;
     m_leaves = 1;
     while (m_leaves < n) m_leaves *= 2;
     m_nodes.assign(2 * m_leaves, kClosed);
@@ -27,14 +28,18 @@ void CandidateIndex::Set(size_t pos, double x1, double x2, double reach, double 
         leaf.hi = leaf.hi_r = kInf;
     }
     // The rules bound a node by its extremes, which a NaN or a negative height would spoil.
+    leaf.u = leaf.v = leaf.w = kInf;
     if (shape && !std::isnan(shape->x1) && !std::isnan(shape->x2) && !std::isnan(shape->y1) &&
         shape->height >= 0) {
-        leaf.max_x1 = shape->x1;
-        leaf.min_x2 = shape->x2;
-        leaf.min_y1 = leaf.max_y1 = shape->y1;
-        leaf.min_h = leaf.max_h = shape->height;
-    } else {
-        leaf.wild = 1;
+        if (m_rule == e_overlap) {
+            leaf.u = shape->x1;
+            leaf.v = -shape->x2;
+            leaf.w = shape->height;
+        } else if (m_rule == e_step) {
+            leaf.u = shape->y1;
+            leaf.v = -shape->y1;
+            leaf.w = -shape->height;
+        }
     }
     Pull(m_leaves + pos);
 }
@@ -50,11 +55,9 @@ void CandidateIndex::Pull(size_t node) {
         const Node& b = m_nodes[2 * node + 1];
         m_nodes[node] = {std::max(a.reach, b.reach), std::min(a.lo, b.lo),
                          std::min(a.lo_r, b.lo_r),   std::max(a.hi, b.hi),
-                         std::max(a.hi_r, b.hi_r),   a.open + b.open,
-                         a.wild + b.wild,            std::max(a.max_x1, b.max_x1),
-                         std::min(a.min_x2, b.min_x2), std::min(a.min_y1, b.min_y1),
-                         std::max(a.max_y1, b.max_y1), std::min(a.min_h, b.min_h),
-                         std::max(a.max_h, b.max_h)};
+                         std::max(a.hi_r, b.hi_r),   std::max(a.u, b.u),
+                         std::max(a.v, b.v),         std::max(a.w, b.w),
+                         a.open + b.open};
     }
 }
 
@@ -62,16 +65,18 @@ bool CandidateIndex::Rejects(const Node& n) const {
     // Each bound is the rule's own arithmetic on the node's extremes: rounding is monotone,
     // so it holds for every block of the node. A NaN anywhere rejects nothing.
     const Shape& s = m_probe.shape;
-    switch (m_probe.rule) {
-        case Probe::e_none:
+    switch (m_rule) {
+        case e_none:
             break;
-        case Probe::e_overlap: {
-            const double least = std::min(n.min_x2, s.x2) - std::max(n.max_x1, s.x1);
-            return least > m_probe.factor * n.max_h;
+        case e_overlap: {
+            // The least overlap of a block of the node, against the most kerning allowed.
+            const double least = std::min(-n.v, s.x2) - std::max(n.u, s.x1);
+            return least > m_probe.factor * n.w;
         }
-        case Probe::e_step: {
-            const double limit = m_probe.factor * n.min_h;
-            return n.max_y1 - s.y1 < limit && s.y1 - n.min_y1 < limit;
+        case e_step: {
+            // The farthest y1 of the node, against the least step allowed.
+            const double limit = m_probe.factor * -n.w;
+            return n.u - s.y1 < limit && s.y1 - -n.v < limit;
         }
     }
     return false;

@@ -18,23 +18,24 @@ namespace lum::PDF {
 
 class CandidateIndex {
 public:
-    // The box edges and font height of a block, for the rules of a probe.
+    // The box edges and font height of a block, for the rules below.
     struct Shape {
         double x1, x2, y1, height;
     };
-    // What a walk may reject in bulk, for the block of shape `shape` it looks for:
+    // What a pass's walks may reject in bulk, for the block of shape `shape` they look for:
     // e_overlap: blocks overlapping it horizontally by more than `factor` x their own font
     //   height (a run never joins a run it overlaps so far);
     // e_step: blocks whose y1 lies less than `factor` x their own font height from its y1
     //   (too close to be the line before it in a paragraph).
+    enum Rule : UInt8 { e_none, e_overlap, e_step };
     struct Probe {
-        enum Rule : UInt8 { e_none, e_overlap, e_step } rule = e_none;
         Shape shape{};
         double factor = 0;
+        bool active = false;
     };
 
-    // Empties the index for positions [0, n).
-    void Reset(size_t n);
+    // Empties the index for positions [0, n), for walks under `rule`.
+    void Reset(size_t n, Rule rule = e_none);
 
     // Opens position `pos` (or updates it): the block reaches down to `reach` and spans
     // [x1, x2]; it joins boxes within `radius` of it. NaN makes a block always met. Only a
@@ -45,7 +46,7 @@ public:
 
     // Calls visit(pos) in order of position for each open block that reaches above `y`, or
     // that may join [x1, x2] within `radius` (the larger of the two radii counts) and isn't
-    // rejected by the probe's rule; stops when visit answers true. visit may Set or Remove the
+    // rejected by the pass's rule for an active probe; stops when visit answers true. visit may Set or Remove the
     // position it was given.
     template <class Visit>
     void Walk(double y, double x1, double x2, double radius, Visit visit, const Probe& probe = {});
@@ -63,14 +64,15 @@ private:
         double reach;     // highest reach
         double lo, lo_r;  // lowest x1, and x1 less the radius
         double hi, hi_r;  // highest x2, and x2 plus the radius
-        size_t open;      // open positions
-        size_t wild;      // of those, the ones without a shape or with a NaN in it
-        // Extremes of the shapes of the others.
-        double max_x1, min_x2, min_y1, max_y1, min_h, max_h;
+        // The highest of three numbers of each block's shape, chosen by the rule so that one
+        // bound holds for a whole range: x1, -x2, height under e_overlap; y1, -y1, -height
+        // under e_step. A block without a valid shape has them all infinite and is never
+        // rejected.
+        double u, v, w;
+        size_t open;  // open positions
     };
     static constexpr double kInf = std::numeric_limits<double>::infinity();
-    static constexpr Node kClosed{-kInf, kInf, kInf, -kInf, -kInf, 0, 0,
-                                  -kInf, kInf,  kInf, -kInf, kInf, -kInf};
+    static constexpr Node kClosed{-kInf, kInf, kInf, -kInf, -kInf, -kInf, -kInf, -kInf, 0};
 
     void Pull(size_t node);
     bool Meets(const Node& n) const {
@@ -79,9 +81,9 @@ private:
         const double lo = std::min(n.lo_r, n.lo - m_radius);
         const double hi = std::max(n.hi_r, n.hi + m_radius);
         if (!(lo <= m_x2 && hi >= m_x1)) return false;
-        return n.wild != 0 || !Rejects(n);
+        return !m_probe.active || !Rejects(n);
     }
-    // Whether the probe's rule rejects every block of a node without a wild one.
+    // Whether the rule rejects every block of a node.
     bool Rejects(const Node& n) const;
     template <class Visit>
     bool Descend(size_t node, Visit& visit);
@@ -103,6 +105,7 @@ private:
     std::vector<Node> m_nodes;  // heap order: 1 is the root, leaves from m_leaves on
     size_t m_leaves = 0;
     double m_y = 0, m_x1 = 0, m_x2 = 0, m_radius = 0;
+    Rule m_rule = e_none;
     Probe m_probe;
 };
 

@@ -114,7 +114,7 @@ void TextLayout::PurgeDuplicates(DuplicateFinder& finder) {
             // holding one are tried in order of position, as a walk over all open blocks
             // would meet them, and the first copy wins.
             m_candidates.clear();
-            m_twins.Candidates(*b, m_candidates);
+            m_twins.Candidates(pos, m_candidates);
             std::sort(m_candidates.begin(), m_candidates.end());
             m_candidates.erase(std::unique(m_candidates.begin(), m_candidates.end()),
                                m_candidates.end());
@@ -153,7 +153,7 @@ void TextLayout::PurgeDuplicates(DuplicateFinder& finder) {
 
 bool TextLayout::JoinLinesOnce(BlockPool& pool) {
     const size_t n = m_blocks.size();
-    m_open.Reset(n);
+    m_open.Reset(n, CandidateIndex::e_overlap);
     m_radius.resize(n);
     for (size_t pos = 0; pos < n; ++pos) m_radius[pos] = LineRadius(*m_blocks[pos]);
     for (size_t pos = 0; pos < n; ++pos) {
@@ -163,8 +163,7 @@ bool TextLayout::JoinLinesOnce(BlockPool& pool) {
         // spot the walk skips them in bulk.
         const bool run = b->GetKind() == Block::e_run;
         const CandidateIndex::Shape shape = ShapeOf(*b);
-        CandidateIndex::Probe probe;
-        if (run) probe = {CandidateIndex::Probe::e_overlap, shape, kKerningOverlap};
+        const CandidateIndex::Probe probe{shape, kKerningOverlap, run};
         bool merged = false;
         m_open.Walk(b->m_box.y2, e.lo, e.hi, m_radius[pos], [&](size_t apos) {
             Block* a = m_blocks[apos];
@@ -191,7 +190,7 @@ bool TextLayout::JoinLinesOnce(BlockPool& pool) {
 
 void TextLayout::JoinParagraphs(BlockPool& pool) {
     const size_t n = m_blocks.size();
-    m_open.Reset(n);
+    m_open.Reset(n, CandidateIndex::e_step);
     for (size_t pos = 0; pos < n; ++pos) {
         Block* b = m_blocks[pos];
         // The lines of a paragraph overlap horizontally; a paragraph joins nothing that
@@ -201,8 +200,7 @@ void TextLayout::JoinParagraphs(BlockPool& pool) {
         // A line is never the next of a line less than a minimal step above it: on words
         // stacked on one spot the walk skips them in bulk.
         const CandidateIndex::Shape shape = ShapeOf(*b);
-        CandidateIndex::Probe probe;
-        if (!para) probe = {CandidateIndex::Probe::e_step, shape, kMinParaStep};
+        const CandidateIndex::Probe probe{shape, kMinParaStep, !para};
         bool merged = false;
         m_open.Walk(b->m_box.y2, e.lo, e.hi, 0, [&](size_t apos) {
             Block* a = m_blocks[apos];

@@ -35,9 +35,8 @@ bool Reach(double edge, double height, double tolerance, double& lo, double& hi)
     return true;
 }
 
-}  // namespace
-
-std::uint64_t TwinIndex::LetterKey(const TRun& r) {
+// The hash of a run's letters: equal for the runs that SameRun takes for copies.
+std::uint64_t LetterKey(const TRun& r) {
     std::uint64_t h = Mix(0, r.FragCount());
     const GlyphArena& arena = r.Arena();
     for (UInt32 f = 0; f < r.FragCount(); ++f) {
@@ -48,42 +47,96 @@ std::uint64_t TwinIndex::LetterKey(const TRun& r) {
     return h;
 }
 
-void TwinIndex::AddEntry(const TRun& r, size_t pos) {
-    Entry e;
-    if (!Reach(r.m_box.x1, r.m_font_height, kTwinHorizontalTolerance, e.lo_x, e.hi_x) ||
-        !Reach(r.m_box.y1, r.m_font_height, kTwinVerticalTolerance, e.lo_y, e.hi_y))
-        return;
-    e.key = LetterKey(r);
-    e.pos = UInt32(pos);
-    m_entries.push_back(e);
+// Groups up to this size are searched entry by entry.
+constexpr UInt32 kScanGroup = 32;
+constexpr UInt32 kNoGroup = 0xFFFFFFFF;
+
+}  // namespace
+
+UInt32 TwinIndex::GroupOf(std::uint64_t key) {
+    const size_t mask = m_keys.size() - 1;
+    size_t i = size_t(key) & mask;
+    while (m_groups[i] != kNoGroup && m_keys[i] != key) i = (i + 1) & mask;
+    if (m_groups[i] == kNoGroup) {
+        m_keys[i] = key;
+        m_groups[i] = UInt32(m_group_first.size());
+        m_group_first.push_back(0);
+    }
+    return m_groups[i];
 }
 
 void TwinIndex::Build(const std::vector<Block*>& blocks, size_t n) {
-    m_entries.clear();
-    for (size_t pos = 0; pos < n; ++pos)
-        if (blocks[pos]) ForEachRun(*blocks[pos], [&](const TRun& r) { AddEntry(r, pos); });
-    std::sort(m_entries.begin(), m_entries.end(), [](const Entry& a, const Entry& b) {
-        return a.key != b.key ? a.key < b.key : a.pos < b.pos;
-    });
-
-    // The slots of each position's entries, by counting.
+    size_t runs = 0;
+    for (size_t pos = 0; pos < n; ++pos) ForEachRun(*blocks[pos], [&](const TRun&) { ++runs; });
+    size_t size = 16;
+    while (size < 2 * runs) size *= 2;
+    m_keys.resize(size);
+    m_groups.assign(size, kNoGroup);
+    m_group_first.clear();
+    m_queries.clear();
+    m_scratch.clear();
+    m_query_first.resize(n + 1);
     m_first.assign(n + 1, 0);
-    for (const Entry& e : m_entries) ++m_first[e.pos + 1];
-    for (size_t p = 0; p < n; ++p) m_first[p + 1] += m_first[p];
-    m_slots.resize(m_entries.size());
-    std::vector<UInt32> fill(m_first.begin(), m_first.end() - 1);
-    for (size_t i = 0; i < m_entries.size(); ++i) m_slots[fill[m_entries[i].pos]++] = UInt32(i);
+    for (size_t pos = 0; pos < n; ++pos) {
+        m_query_first[pos] = UInt32(m_queries.size());
+        ForEachRun(*blocks[pos], [&](const TRun& r) {
+            const UInt32 group = GroupOf(LetterKey(r));
+            m_queries.push_back({group, r.m_box.x1, r.m_box.y1});
+            Entry e;
+            if (!Reach(r.m_box.x1, r.m_font_height, kTwinHorizontalTolerance, e.lo_x, e.hi_x) ||
+                !Reach(r.m_box.y1, r.m_font_height, kTwinVerticalTolerance, e.lo_y, e.hi_y))
+                return;
+            e.pos = UInt32(pos);
+            e.group = group;
+            e.open = false;
+            m_scratch.push_back(e);
+            ++m_group_first[group];
+            ++m_first[pos + 1];
+        });
+    }
+    m_query_first[n] = UInt32(m_queries.size());
 
+    // Entries by group, in order of position within each: a counting sort.
+    UInt32 sum = 0;
+    for (UInt32& g : m_group_first) {
+        const UInt32 count = g;
+        g = sum;
+        sum += count;
+    }
+    m_group_first.push_back(sum);
+    for (size_t p = 0; p < n; ++p) m_first[p + 1] += m_first[p];
+    m_entries.resize(m_scratch.size());
+    m_slots.resize(m_scratch.size());
+    std::vector<UInt32>& fill = m_group_first;  // advanced past each group, then restored
+    for (size_t i = 0; i < m_scratch.size(); ++i) {
+        const UInt32 slot = fill[m_scratch[i].group]++;
+        m_entries[slot] = m_scratch[i];
+        m_slots[i] = slot;  // the scratch is in order of position
+    }
+    for (size_t g = fill.size() - 1; g > 0; --g) fill[g] = fill[g - 1];
+    fill[0] = 0;
+
+    bool large = false;
+    for (size_t g = 0; g + 1 < m_group_first.size() && !large; ++g) large = Large(UInt32(g));
+    m_nodes.clear();
+    m_leaves = 0;
+    if (!large) return;
     m_leaves = 1;
     while (m_leaves < m_entries.size()) m_leaves *= 2;
     m_nodes.assign(2 * m_leaves, Node{0, kInf, -kInf, kInf, -kInf});
 }
 
-void TwinIndex::Mark(size_t pos, UInt32 open) {
+bool TwinIndex::Large(UInt32 group) const {
+    return m_group_first[group + 1] - m_group_first[group] > kScanGroup;
+}
+
+void TwinIndex::Mark(size_t pos, bool open) {
     if (pos + 1 >= m_first.size()) return;
     for (UInt32 s = m_first[pos]; s < m_first[pos + 1]; ++s) {
         const size_t slot = m_slots[s];
-        const Entry& e = m_entries[slot];
+        Entry& e = m_entries[slot];
+        e.open = open;
+        if (!Large(e.group)) continue;
         Node& leaf = m_nodes[m_leaves + slot];
         leaf = open ? Node{1, e.lo_x, e.hi_x, e.lo_y, e.hi_y} : Node{0, kInf, -kInf, kInf, -kInf};
         Pull(m_leaves + slot);
@@ -114,18 +167,21 @@ void TwinIndex::Descend(size_t node, size_t lo, size_t hi, size_t from, size_t t
     Descend(2 * node + 1, mid, hi, from, to, x, y, out);
 }
 
-void TwinIndex::Candidates(Block& b, std::vector<size_t>& out) const {
-    if (m_entries.empty()) return;
-    ForEachRun(b, [&](const TRun& s) {
-        const std::uint64_t key = LetterKey(s);
-        const auto first = std::lower_bound(m_entries.begin(), m_entries.end(), key,
-                                            [](const Entry& e, std::uint64_t k) { return e.key < k; });
-        const auto last = std::upper_bound(first, m_entries.end(), key,
-                                           [](std::uint64_t k, const Entry& e) { return k < e.key; });
-        if (first == last) return;
-        Descend(1, 0, m_leaves, size_t(first - m_entries.begin()), size_t(last - m_entries.begin()),
-                s.m_box.x1, s.m_box.y1, out);
-    });
+void TwinIndex::Candidates(size_t pos, std::vector<size_t>& out) const {
+    if (pos + 1 >= m_query_first.size()) return;
+    for (UInt32 q = m_query_first[pos]; q < m_query_first[pos + 1]; ++q) {
+        const Query& s = m_queries[q];
+        const UInt32 from = m_group_first[s.group], to = m_group_first[s.group + 1];
+        if (Large(s.group)) {
+            Descend(1, 0, m_leaves, from, to, s.x1, s.y1, out);
+            continue;
+        }
+        for (UInt32 i = from; i < to; ++i) {
+            const Entry& e = m_entries[i];
+            if (e.open && e.lo_x <= s.x1 && s.x1 <= e.hi_x && e.lo_y <= s.y1 && s.y1 <= e.hi_y)
+                out.push_back(e.pos);
+        }
+    }
 }
 
 }  // namespace lum::PDF

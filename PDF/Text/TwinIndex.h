@@ -1,9 +1,9 @@
 #pragma once
 // The runs of a layout's blocks indexed for the purge of copies: a copy has the same letters
 // as its original and stands at nearly the same place, so the runs are grouped by a hash of
-// their letters, and within a group a tree over the positions keeps the extreme reach of each
-// range. The search for the copies of a block then meets only runs of its own letters near
-// it, however many other runs lie on the same spot.
+// their letters, and the search for the copies of a block meets only runs of its own letters
+// near it, however many other runs lie on the same spot. A large group (one word drawn all
+// over the page) keeps a tree over its runs with the extreme places of each range.
 #include <cstdint>
 #include <vector>
 
@@ -14,42 +14,53 @@ namespace lum::PDF {
 
 class TwinIndex {
 public:
-    // Indexes the runs of blocks [0, n), all closed. Null blocks hold nothing.
+    // Indexes the runs of blocks [0, n), all closed.
     void Build(const std::vector<Block*>& blocks, size_t n);
     // Opens or closes the runs of the block at `pos`.
-    void Open(size_t pos) { Mark(pos, 1); }
-    void Close(size_t pos) { Mark(pos, 0); }
+    void Open(size_t pos) { Mark(pos, true); }
+    void Close(size_t pos) { Mark(pos, false); }
 
     // Appends to `out` the open positions holding a run that SameRun could take for a copy
-    // of a run of `b` (each position once per such run, in no order).
-    void Candidates(Block& b, std::vector<size_t>& out) const;
-
-    // The hash of a run's letters: equal for runs that SameRun takes for copies.
-    static std::uint64_t LetterKey(const TRun& r);
+    // of a run of the block at `pos` (a position once per such run, in no order).
+    void Candidates(size_t pos, std::vector<size_t>& out) const;
 
 private:
-    // A run of an indexed block with the ranges where the x1 and y1 of its copies may lie.
+    // A run of an indexed block, with the ranges where the x1 and y1 of its copies lie.
     struct Entry {
-        std::uint64_t key;
-        UInt32 pos;
         double lo_x, hi_x, lo_y, hi_y;
+        UInt32 pos;
+        UInt32 group;
+        bool open;
+    };
+    // A run of the block at a position, as a search for its copies.
+    struct Query {
+        UInt32 group;
+        double x1, y1;
     };
     struct Node {
         UInt32 open;
         double lo_x, hi_x, lo_y, hi_y;  // extremes of the open entries
     };
 
-    void Mark(size_t pos, UInt32 open);
+    UInt32 GroupOf(std::uint64_t key);
+    void Mark(size_t pos, bool open);
     void Pull(size_t node);
-    // Adds the entry of `r` at `pos` unless no run can be its copy.
-    void AddEntry(const TRun& r, size_t pos);
+    bool Large(UInt32 group) const;
     void Descend(size_t node, size_t lo, size_t hi, size_t from, size_t to, double x, double y,
                  std::vector<size_t>& out) const;
 
-    std::vector<Entry> m_entries;   // by key, then position
-    std::vector<UInt32> m_first;    // entries of position p: m_slots[m_first[p], m_first[p+1])
+    // Letter hashes to groups: open addressing, a power of two in size.
+    std::vector<std::uint64_t> m_keys;
+    std::vector<UInt32> m_groups;
+    std::vector<UInt32> m_group_first;  // entries of group g: [m_group_first[g], [g+1])
+    std::vector<Entry> m_entries;       // by group, then position
+    std::vector<UInt32> m_first;        // entries of position p: m_slots[m_first[p], [p+1])
     std::vector<UInt32> m_slots;
-    std::vector<Node> m_nodes;      // heap order over m_entries: 1 is the root
+    std::vector<UInt32> m_query_first;  // queries of position p: [m_query_first[p], [p+1])
+    std::vector<Query> m_queries;
+    std::vector<Entry> m_scratch;
+    std::vector<Node> m_nodes;  // heap order over m_entries: 1 is the root; empty without a
+                                // large group
     size_t m_leaves = 0;
 };
 
