@@ -50,14 +50,13 @@ public:
     // position it was given.
     template <class Visit>
     void Walk(double y, double x1, double x2, double radius, Visit visit, const Probe& probe = {});
-    // Removes the open blocks at positions [0, end) that reach above `y`, calling
-    // removed(pos) for each.
-    template <class Removed>
-    void RemoveAbove(double y, size_t end, Removed removed) {
+    // Removes the open blocks at positions [0, end) that reach above `y`.
+    void RemoveAbove(double y, size_t end) {
         if (m_nodes.empty()) return;
         m_y = y;
-        DescendAbove(1, 0, m_leaves, end, removed);
+        DescendAbove(1, 0, m_leaves, end);
     }
+    bool IsOpen(size_t pos) const { return pos < m_leaves && m_nodes[m_leaves + pos].open != 0; }
 
 private:
     struct Node {
@@ -87,19 +86,17 @@ private:
     bool Rejects(const Node& n) const;
     template <class Visit>
     bool Descend(size_t node, Visit& visit);
-    template <class Removed>
-    void DescendAbove(size_t node, size_t lo, size_t hi, size_t end, Removed& removed) {
+    void DescendAbove(size_t node, size_t lo, size_t hi, size_t end) {
         // The depth is the tree's height, the log of the block count.
         const Node& n = m_nodes[node];
         if (n.open == 0 || lo >= end || !(n.reach > m_y)) return;
         if (node >= m_leaves) {
             Remove(lo);
-            removed(lo);
             return;
         }
         const size_t mid = lo + (hi - lo) / 2;
-        DescendAbove(2 * node, lo, mid, end, removed);
-        DescendAbove(2 * node + 1, mid, hi, end, removed);
+        DescendAbove(2 * node, lo, mid, end);
+        DescendAbove(2 * node + 1, mid, hi, end);
     }
 
     std::vector<Node> m_nodes;  // heap order: 1 is the root, leaves from m_leaves on

@@ -105,14 +105,32 @@ void TextLayout::PurgeDuplicates(DuplicateFinder& finder) {
         changed = false;
         const size_t n = m_blocks.size();
         m_open.Reset(n);
-        m_twins.Build(m_blocks, n);
+        bool indexed = false;
         for (size_t pos = 0; pos < n; ++pos) {
             Block* b = m_blocks[pos];
             const Rect box = b->m_box;
             const Extent e = ExtentOf(box);
+            // Copies overlap: the walk leaves out blocks beside this one and drops those
+            // wholly above it (sorted by falling top, nothing that follows reaches them),
+            // until it meets a block that may hold a copy.
+            bool near = false;
+            m_open.Walk(box.y2, e.lo, e.hi, 0, [&](size_t apos) {
+                if (!(m_blocks[apos]->m_box.y1 > box.y2)) return near = true;
+                m_open.Remove(apos);
+                return false;
+            });
+            if (!near) {
+                m_open.Set(pos, e.lo, e.hi, box.y1, 0);
+                continue;
+            }
             // A copy holds a run of the same letters at nearly the same place: the blocks
-            // holding one are tried in order of position, as a walk over all open blocks
-            // would meet them, and the first copy wins.
+            // holding one are tried in order of position, as the walk would meet them, and
+            // the first copy wins. Most pages have nothing near enough to be a copy, and
+            // never need the index.
+            if (!indexed) {
+                m_twins.Build(m_blocks, n);
+                indexed = true;
+            }
             m_candidates.clear();
             m_twins.Candidates(pos, m_candidates);
             std::sort(m_candidates.begin(), m_candidates.end());
@@ -120,8 +138,8 @@ void TextLayout::PurgeDuplicates(DuplicateFinder& finder) {
                                m_candidates.end());
             size_t twin = n;
             for (size_t apos : m_candidates) {
+                if (!m_open.IsOpen(apos)) continue;
                 const Block* a = m_blocks[apos];
-                // Sorted by falling top: nothing that follows reaches a block wholly above.
                 if (a->m_box.y1 > box.y2 || !Meet(ExtentOf(a->m_box), e)) continue;
                 if (finder.IsDuplicate(*m_blocks[apos], *b)) {
                     twin = apos;
@@ -129,10 +147,9 @@ void TextLayout::PurgeDuplicates(DuplicateFinder& finder) {
                 }
             }
             // The blocks wholly above this one leave, those after its copy at a later turn.
-            m_open.RemoveAbove(box.y2, twin == n ? pos : twin, [&](size_t p) { m_twins.Close(p); });
+            m_open.RemoveAbove(box.y2, twin == n ? pos : twin);
             if (twin == n) {
                 m_open.Set(pos, e.lo, e.hi, box.y1, 0);
-                m_twins.Open(pos);
                 continue;
             }
             changed = true;
@@ -145,7 +162,8 @@ void TextLayout::PurgeDuplicates(DuplicateFinder& finder) {
             m_blocks[twin] = nullptr;
             m_blocks[pos] = nullptr;
             m_open.Remove(twin);
-            m_twins.Close(twin);
+            m_twins.Remove(twin);
+            m_twins.Remove(pos);
         }
         Compact();
     }

@@ -88,7 +88,7 @@ void TwinIndex::Build(const std::vector<Block*>& blocks, size_t n) {
                 return;
             e.pos = UInt32(pos);
             e.group = group;
-            e.open = false;
+            e.removed = false;
             m_scratch.push_back(e);
             ++m_group_first[group];
             ++m_first[pos + 1];
@@ -123,33 +123,35 @@ void TwinIndex::Build(const std::vector<Block*>& blocks, size_t n) {
     if (!large) return;
     m_leaves = 1;
     while (m_leaves < m_entries.size()) m_leaves *= 2;
-    m_nodes.assign(2 * m_leaves, Node{0, kInf, -kInf, kInf, -kInf});
+    m_nodes.assign(2 * m_leaves, kClosedNode);
+    for (size_t i = 0; i < m_entries.size(); ++i) {
+        const Entry& e = m_entries[i];
+        m_nodes[m_leaves + i] = {1, e.lo_x, e.hi_x, e.lo_y, e.hi_y};
+    }
+    for (size_t node = m_leaves - 1; node >= 1; --node) PullOne(node);
 }
 
 bool TwinIndex::Large(UInt32 group) const {
     return m_group_first[group + 1] - m_group_first[group] > kScanGroup;
 }
 
-void TwinIndex::Mark(size_t pos, bool open) {
+void TwinIndex::Remove(size_t pos) {
     if (pos + 1 >= m_first.size()) return;
     for (UInt32 s = m_first[pos]; s < m_first[pos + 1]; ++s) {
         const size_t slot = m_slots[s];
         Entry& e = m_entries[slot];
-        e.open = open;
-        if (!Large(e.group)) continue;
-        Node& leaf = m_nodes[m_leaves + slot];
-        leaf = open ? Node{1, e.lo_x, e.hi_x, e.lo_y, e.hi_y} : Node{0, kInf, -kInf, kInf, -kInf};
-        Pull(m_leaves + slot);
+        e.removed = true;
+        if (m_nodes.empty()) continue;
+        m_nodes[m_leaves + slot] = kClosedNode;
+        for (size_t node = (m_leaves + slot) / 2; node >= 1; node /= 2) PullOne(node);
     }
 }
 
-void TwinIndex::Pull(size_t node) {
-    for (node /= 2; node >= 1; node /= 2) {
-        const Node& a = m_nodes[2 * node];
-        const Node& b = m_nodes[2 * node + 1];
-        m_nodes[node] = {a.open + b.open, std::min(a.lo_x, b.lo_x), std::max(a.hi_x, b.hi_x),
-                         std::min(a.lo_y, b.lo_y), std::max(a.hi_y, b.hi_y)};
-    }
+void TwinIndex::PullOne(size_t node) {
+    const Node& a = m_nodes[2 * node];
+    const Node& b = m_nodes[2 * node + 1];
+    m_nodes[node] = {a.open + b.open, std::min(a.lo_x, b.lo_x), std::max(a.hi_x, b.hi_x),
+                     std::min(a.lo_y, b.lo_y), std::max(a.hi_y, b.hi_y)};
 }
 
 void TwinIndex::Descend(size_t node, size_t lo, size_t hi, size_t from, size_t to, double x,
@@ -169,16 +171,31 @@ void TwinIndex::Descend(size_t node, size_t lo, size_t hi, size_t from, size_t t
 
 void TwinIndex::Candidates(size_t pos, std::vector<size_t>& out) const {
     if (pos + 1 >= m_query_first.size()) return;
+    const auto before = [&](UInt32 from, UInt32 to) {
+        // Entries of a group stand in order of position.
+        UInt32 lo = from, hi = to;
+        while (lo < hi) {
+            const UInt32 mid = lo + (hi - lo) / 2;
+            if (m_entries[mid].pos >= pos) {
+                hi = mid;
+            } else {
+                lo = mid + 1;
+            }
+        }
+        return lo;
+    };
     for (UInt32 q = m_query_first[pos]; q < m_query_first[pos + 1]; ++q) {
         const Query& s = m_queries[q];
         const UInt32 from = m_group_first[s.group], to = m_group_first[s.group + 1];
         if (Large(s.group)) {
-            Descend(1, 0, m_leaves, from, to, s.x1, s.y1, out);
+            Descend(1, 0, m_leaves, from, before(from, to), s.x1, s.y1, out);
             continue;
         }
         for (UInt32 i = from; i < to; ++i) {
             const Entry& e = m_entries[i];
-            if (e.open && e.lo_x <= s.x1 && s.x1 <= e.hi_x && e.lo_y <= s.y1 && s.y1 <= e.hi_y)
+            if (e.pos >= pos) break;
+            if (e.removed) continue;
+            if (e.lo_x <= s.x1 && s.x1 <= e.hi_x && e.lo_y <= s.y1 && s.y1 <= e.hi_y)
                 out.push_back(e.pos);
         }
     }

@@ -5,6 +5,7 @@
 // near it, however many other runs lie on the same spot. A large group (one word drawn all
 // over the page) keeps a tree over its runs with the extreme places of each range.
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 #include "Common/Types.h"
@@ -14,14 +15,14 @@ namespace lum::PDF {
 
 class TwinIndex {
 public:
-    // Indexes the runs of blocks [0, n), all closed.
+    // Indexes the runs of blocks [0, n).
     void Build(const std::vector<Block*>& blocks, size_t n);
-    // Opens or closes the runs of the block at `pos`.
-    void Open(size_t pos) { Mark(pos, true); }
-    void Close(size_t pos) { Mark(pos, false); }
+    // Takes the runs of the block at `pos` out of every later search.
+    void Remove(size_t pos);
 
-    // Appends to `out` the open positions holding a run that SameRun could take for a copy
-    // of a run of the block at `pos` (a position once per such run, in no order).
+    // Appends to `out` the positions before `pos`, not removed, holding a run that SameRun
+    // could take for a copy of a run of the block at `pos` (a position once per such run, in
+    // no order).
     void Candidates(size_t pos, std::vector<size_t>& out) const;
 
 private:
@@ -30,7 +31,7 @@ private:
         double lo_x, hi_x, lo_y, hi_y;
         UInt32 pos;
         UInt32 group;
-        bool open;
+        bool removed;
     };
     // A run of the block at a position, as a search for its copies.
     struct Query {
@@ -41,10 +42,11 @@ private:
         UInt32 open;
         double lo_x, hi_x, lo_y, hi_y;  // extremes of the open entries
     };
+    static constexpr double kInf = std::numeric_limits<double>::infinity();
+    static constexpr Node kClosedNode{0, kInf, -kInf, kInf, -kInf};
 
     UInt32 GroupOf(std::uint64_t key);
-    void Mark(size_t pos, bool open);
-    void Pull(size_t node);
+    void PullOne(size_t node);
     bool Large(UInt32 group) const;
     void Descend(size_t node, size_t lo, size_t hi, size_t from, size_t to, double x, double y,
                  std::vector<size_t>& out) const;
@@ -60,7 +62,7 @@ private:
     std::vector<Query> m_queries;
     std::vector<Entry> m_scratch;
     std::vector<Node> m_nodes;  // heap order over m_entries: 1 is the root; empty without a
-                                // large group
+                                // large group. Removed entries are closed.
     size_t m_leaves = 0;
 };
 
