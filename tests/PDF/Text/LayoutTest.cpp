@@ -94,6 +94,13 @@ TEST(LineAssembly, RunsOffTheBaseline) {
              f.Show("three", 200, 700).Show("two", 170, 700).Show("one", 145, 700);
          },
          {"1/0:one two three"}},
+        // Joined by the page-wide pass: kerning up to 0.3 of the font height.
+        {"a run overlapping by a quarter, drawn after another line",
+         [](TextFeeder& f) { f.Show("ab", 100, 700).Show("other", 100, 600).Show("cd", 107.5, 700); },
+         {"1/0:abcd", "2/0:other"}},
+        {"a run overlapping by a third, drawn after another line",
+         [](TextFeeder& f) { f.Show("ab", 100, 700).Show("other", 100, 600).Show("cd", 106.5, 700); },
+         {"1/0:ab", "2/0:cd", "3/0:other"}},
         {"the second half of a line drawn first",
          [](TextFeeder& f) {
              f.Show("world", 140, 700).Show("other", 100, 600).Show("hello", 110, 700);
@@ -112,6 +119,9 @@ TEST(Paragraphs, LineSpacing) {
         double step;  // in font heights (10)
         Lines lines;
     } cases[] = {
+        // Half a font height is the least step: the second line is passed over.
+        {0.45, {"1/1:first", "1/1:third", "2/0:second"}},
+        {0.55, {"1/1:first", "1/1:second", "1/1:third"}},
         {1.2, {"1/1:first", "1/1:second", "1/1:third"}},
         {3.9, {"1/1:first", "1/1:second", "1/1:third"}},
         // Blocks of their own, but a flow reaches 4 font heights below its last block.
