@@ -113,37 +113,43 @@ void TextLayout::PurgeDuplicates(DuplicateFinder& finder) {
             // Copies overlap: the walk leaves out blocks beside this one and drops those
             // wholly above it (sorted by falling top, nothing that follows reaches them),
             // until it meets a block that may hold a copy.
-            bool near = false;
+            size_t first = n;
             m_open.Walk(box.y2, e.lo, e.hi, 0, [&](size_t apos) {
-                if (!(m_blocks[apos]->m_box.y1 > box.y2)) return near = true;
+                if (!(m_blocks[apos]->m_box.y1 > box.y2)) {
+                    first = apos;
+                    return true;
+                }
                 m_open.Remove(apos);
                 return false;
             });
-            if (!near) {
+            if (first == n) {
                 m_open.Set(pos, e.lo, e.hi, box.y1, 0);
                 continue;
             }
-            // A copy holds a run of the same letters at nearly the same place: the blocks
-            // holding one are tried in order of position, as the walk would meet them, and
-            // the first copy wins. Most pages have nothing near enough to be a copy, and
-            // never need the index.
-            if (!indexed) {
-                m_twins.Build(m_blocks, n);
-                indexed = true;
-            }
-            m_candidates.clear();
-            m_twins.Candidates(pos, m_candidates);
-            std::sort(m_candidates.begin(), m_candidates.end());
-            m_candidates.erase(std::unique(m_candidates.begin(), m_candidates.end()),
-                               m_candidates.end());
-            size_t twin = n;
-            for (size_t apos : m_candidates) {
-                if (!m_open.IsOpen(apos)) continue;
-                const Block* a = m_blocks[apos];
-                if (a->m_box.y1 > box.y2 || !Meet(ExtentOf(a->m_box), e)) continue;
-                if (finder.IsDuplicate(*m_blocks[apos], *b)) {
-                    twin = apos;
-                    break;
+            // The first block met is most often the copy (a page drawn twice).
+            size_t twin = finder.IsDuplicate(*m_blocks[first], *b) ? first : n;
+            // Else a copy holds a run of the same letters at nearly the same place: the
+            // blocks after the first holding one are tried in order of position, as the walk
+            // would meet them, and the first copy wins. Most pages have no block near enough
+            // to be a copy and never need the index.
+            if (twin == n) {
+                if (!indexed) {
+                    m_twins.Build(m_blocks, n);
+                    indexed = true;
+                }
+                m_candidates.clear();
+                m_twins.Candidates(pos, m_candidates);
+                std::sort(m_candidates.begin(), m_candidates.end());
+                m_candidates.erase(std::unique(m_candidates.begin(), m_candidates.end()),
+                                   m_candidates.end());
+                for (size_t apos : m_candidates) {
+                    if (apos <= first || !m_open.IsOpen(apos)) continue;
+                    const Block* a = m_blocks[apos];
+                    if (a->m_box.y1 > box.y2 || !Meet(ExtentOf(a->m_box), e)) continue;
+                    if (finder.IsDuplicate(*m_blocks[apos], *b)) {
+                        twin = apos;
+                        break;
+                    }
                 }
             }
             // The blocks wholly above this one leave, those after its copy at a later turn.
@@ -162,8 +168,10 @@ void TextLayout::PurgeDuplicates(DuplicateFinder& finder) {
             m_blocks[twin] = nullptr;
             m_blocks[pos] = nullptr;
             m_open.Remove(twin);
-            m_twins.Remove(twin);
-            m_twins.Remove(pos);
+            if (indexed) {
+                m_twins.Remove(twin);
+                m_twins.Remove(pos);
+            }
         }
         Compact();
     }

@@ -67,7 +67,8 @@ UInt32 TwinIndex::GroupOf(std::uint64_t key) {
 
 void TwinIndex::Build(const std::vector<Block*>& blocks, size_t n) {
     size_t runs = 0;
-    for (size_t pos = 0; pos < n; ++pos) ForEachRun(*blocks[pos], [&](const TRun&) { ++runs; });
+    for (size_t pos = 0; pos < n; ++pos)
+        if (blocks[pos]) ForEachRun(*blocks[pos], [&](const TRun&) { ++runs; });
     size_t size = 16;
     while (size < 2 * runs) size *= 2;
     m_keys.resize(size);
@@ -79,6 +80,7 @@ void TwinIndex::Build(const std::vector<Block*>& blocks, size_t n) {
     m_first.assign(n + 1, 0);
     for (size_t pos = 0; pos < n; ++pos) {
         m_query_first[pos] = UInt32(m_queries.size());
+        if (!blocks[pos]) continue;
         ForEachRun(*blocks[pos], [&](const TRun& r) {
             const UInt32 group = GroupOf(LetterKey(r));
             m_queries.push_back({group, r.m_box.x1, r.m_box.y1});

@@ -15,7 +15,7 @@ namespace lum::PDF {
 
 class TwinIndex {
 public:
-    // Indexes the runs of blocks [0, n).
+    // Indexes the runs of blocks [0, n); a null block holds none.
     void Build(const std::vector<Block*>& blocks, size_t n);
     // Takes the runs of the block at `pos` out of every later search.
     void Remove(size_t pos);
