@@ -9,6 +9,11 @@ void CandidateIndex::Reset(size_t n, Rule rule) {
     m_leaves = 1;
     while (m_leaves < n) m_leaves *= 2;
     m_nodes.assign(2 * m_leaves, kClosed);
+    if (rule == e_none) {
+        m_bounds.clear();
+    } else {
+        m_bounds.assign(2 * m_leaves, kNoBounds);
+    }
 }
 
 void CandidateIndex::Set(size_t pos, double x1, double x2, double reach, double radius,
@@ -28,17 +33,16 @@ void CandidateIndex::Set(size_t pos, double x1, double x2, double reach, double 
         leaf.hi = leaf.hi_r = kInf;
     }
     // The rules bound a node by its extremes, which a NaN or a negative height would spoil.
-    leaf.u = leaf.v = leaf.w = kInf;
-    if (shape && !std::isnan(shape->x1) && !std::isnan(shape->x2) && !std::isnan(shape->y1) &&
-        shape->height >= 0) {
-        if (m_rule == e_overlap) {
-            leaf.u = shape->x1;
-            leaf.v = -shape->x2;
-            leaf.w = shape->height;
-        } else if (m_rule == e_step) {
-            leaf.u = shape->y1;
-            leaf.v = -shape->y1;
-            leaf.w = -shape->height;
+    if (m_rule != e_none) {
+        Bounds& b = m_bounds[m_leaves + pos];
+        b = {kInf, kInf, kInf};
+        if (shape && !std::isnan(shape->x1) && !std::isnan(shape->x2) &&
+            !std::isnan(shape->y1) && shape->height >= 0) {
+            if (m_rule == e_overlap) {
+                b = {shape->x1, -shape->x2, shape->height};
+            } else {
+                b = {shape->y1, -shape->y1, -shape->height};
+            }
         }
     }
     Pull(m_leaves + pos);
@@ -46,6 +50,7 @@ void CandidateIndex::Set(size_t pos, double x1, double x2, double reach, double 
 
 void CandidateIndex::Remove(size_t pos) {
     m_nodes[m_leaves + pos] = kClosed;
+    if (m_rule != e_none) m_bounds[m_leaves + pos] = kNoBounds;
     Pull(m_leaves + pos);
 }
 
@@ -55,13 +60,16 @@ void CandidateIndex::Pull(size_t node) {
         const Node& b = m_nodes[2 * node + 1];
         m_nodes[node] = {std::max(a.reach, b.reach), std::min(a.lo, b.lo),
                          std::min(a.lo_r, b.lo_r),   std::max(a.hi, b.hi),
-                         std::max(a.hi_r, b.hi_r),   std::max(a.u, b.u),
-                         std::max(a.v, b.v),         std::max(a.w, b.w),
-                         a.open + b.open};
+                         std::max(a.hi_r, b.hi_r),   a.open + b.open};
+        if (m_rule != e_none) {
+            const Bounds& p = m_bounds[2 * node];
+            const Bounds& q = m_bounds[2 * node + 1];
+            m_bounds[node] = {std::max(p.u, q.u), std::max(p.v, q.v), std::max(p.w, q.w)};
+        }
     }
 }
 
-bool CandidateIndex::Rejects(const Node& n) const {
+bool CandidateIndex::Rejects(const Bounds& n) const {
     // Each bound is the rule's own arithmetic on the node's extremes: rounding is monotone,
     // so it holds for every block of the node. A NaN anywhere rejects nothing.
     const Shape& s = m_probe.shape;

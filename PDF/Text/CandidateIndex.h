@@ -63,27 +63,31 @@ private:
         double reach;     // highest reach
         double lo, lo_r;  // lowest x1, and x1 less the radius
         double hi, hi_r;  // highest x2, and x2 plus the radius
-        // The highest of three numbers of each block's shape, chosen by the rule so that one
-        // bound holds for a whole range: x1, -x2, height under e_overlap; y1, -y1, -height
-        // under e_step. A block without a valid shape has them all infinite and is never
-        // rejected.
+        size_t open;      // open positions
+    };
+    // The highest of three numbers of each block's shape, chosen by the rule so that one
+    // bound holds for a whole range: x1, -x2, height under e_overlap; y1, -y1, -height under
+    // e_step. A block without a valid shape has them all infinite and is never rejected.
+    // Kept beside the nodes, and only under a rule, so that the plain walks stay as small.
+    struct Bounds {
         double u, v, w;
-        size_t open;  // open positions
     };
     static constexpr double kInf = std::numeric_limits<double>::infinity();
-    static constexpr Node kClosed{-kInf, kInf, kInf, -kInf, -kInf, -kInf, -kInf, -kInf, 0};
+    static constexpr Node kClosed{-kInf, kInf, kInf, -kInf, -kInf, 0};
+    static constexpr Bounds kNoBounds{-kInf, -kInf, -kInf};
 
     void Pull(size_t node);
-    bool Meets(const Node& n) const {
+    bool Meets(size_t node) const {
+        const Node& n = m_nodes[node];
         if (n.open == 0) return false;
         if (n.reach > m_y) return true;
         const double lo = std::min(n.lo_r, n.lo - m_radius);
         const double hi = std::max(n.hi_r, n.hi + m_radius);
         if (!(lo <= m_x2 && hi >= m_x1)) return false;
-        return !m_probe.active || !Rejects(n);
+        return !m_probe.active || m_rule == e_none || !Rejects(m_bounds[node]);
     }
     // Whether the rule rejects every block of a node.
-    bool Rejects(const Node& n) const;
+    bool Rejects(const Bounds& n) const;
     template <class Visit>
     bool Descend(size_t node, Visit& visit);
     void DescendAbove(size_t node, size_t lo, size_t hi, size_t end) {
@@ -100,6 +104,7 @@ private:
     }
 
     std::vector<Node> m_nodes;  // heap order: 1 is the root, leaves from m_leaves on
+    std::vector<Bounds> m_bounds;  // the same order, under a rule
     size_t m_leaves = 0;
     double m_y = 0, m_x1 = 0, m_x2 = 0, m_radius = 0;
     Rule m_rule = e_none;
@@ -123,7 +128,7 @@ void CandidateIndex::Walk(double y, double x1, double x2, double radius, Visit v
 template <class Visit>
 bool CandidateIndex::Descend(size_t node, Visit& visit) {
     // The depth is the tree's height, the log of the block count.
-    if (!Meets(m_nodes[node])) return false;
+    if (!Meets(node)) return false;
     if (node >= m_leaves) return visit(node - m_leaves);
     return Descend(2 * node, visit) || Descend(2 * node + 1, visit);
 }
