@@ -49,7 +49,13 @@ public:
     // rejected by the pass's rule for an active probe; stops when visit answers true. visit may Set or Remove the
     // position it was given.
     template <class Visit>
-    void Walk(double y, double x1, double x2, double radius, Visit visit, const Probe& probe = {});
+    void Walk(double y, double x1, double x2, double radius, Visit visit, const Probe& probe);
+    // The same with no probe. (Not a default argument: a nested class's member initializers
+    // can't serve one inside the enclosing class.)
+    template <class Visit>
+    void Walk(double y, double x1, double x2, double radius, Visit visit) {
+        Walk(y, x1, x2, radius, visit, Probe{});
+    }
     // Removes the open blocks at positions [0, end) that reach above `y`.
     void RemoveAbove(double y, size_t end) {
         if (m_nodes.empty()) return;
