@@ -32,6 +32,13 @@ struct GlyphMatrices {
 // and what gives the rest by the steps the capture took: the y range of the text quad, and
 // the element's matrices. A page of a million glyphs holds 72 MB of records, not 160 MB.
 struct GlyphRecord {
+    GlyphRecord() = default;
+    // Each field stored once, straight into the table's slot (see AddGlyph).
+    GlyphRecord(const double* quad, double y1, double y2, double origin_y, UInt32 m, Int32 off,
+                Unicode u, bool adv)
+        : tx{quad[0], quad[2], quad[4], quad[6]}, ty1(y1), ty2(y2), y(origin_y), matrices(m),
+          offset(off), unit(u), advance(adv) {}
+
     double tx[4] = {};       // x of the text quad's corners
     double ty1 = 0, ty2 = 0;  // y range of the text quad (with `advance`, of the advance box)
     // The character's origin in the text frame: the glyph matrix is S moved by it.
@@ -124,10 +131,11 @@ public:
         if (m.page_zero || m.glyph_zero) [[unlikely]]
             CheckMatrices(m, x, y);
         f.baseline = baseline;
-        // Built whole: a default record first would be zeroed and then overwritten.
-        const double* q = text_quad.v;
-        m_glyphs.push_back(GlyphRecord{{q[0], q[2], q[4], q[6]}, text_box.y1, text_box.y2, y,
-                                       matrices, offset, unit, advance});
+        // Built in place: a record built on the stack and copied was written in 4- and 8-byte
+        // pieces and read back in 16-byte ones, a store-forwarding stall per glyph; a default
+        // record first would be zeroed and then overwritten.
+        m_glyphs.emplace_back(text_quad.v, text_box.y1, text_box.y2, y, matrices, offset, unit,
+                              advance);
         ++f.count;
     }
     // Appends the finished fragment `f` to the table of fragments; answers its index.
