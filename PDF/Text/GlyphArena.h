@@ -20,6 +20,9 @@ enum WordFragFlag : UInt8 {
 // The two matrices of an element: glyph units to the text frame before a character's own
 // translation (the scale S), and text frame to page frame (M).
 struct GlyphMatrices {
+    GlyphMatrices(const Matrix2D& g, const Matrix2D& p, bool g_zero, bool p_zero)
+        : glyph(g), page(p), glyph_zero(g_zero), page_zero(p_zero) {}
+
     Matrix2D glyph;
     Matrix2D page;
     // Whether the glyph matrix without its translation, and the page matrix, are zero: then
@@ -99,7 +102,8 @@ public:
     UInt32 AddMatrices(const Matrix2D& glyph, const Matrix2D& page) {
         Matrix2D linear = glyph;
         linear.m_h = linear.m_v = 0;
-        m_matrices.push_back({glyph, page, IsZeroMatrix(linear), IsZeroMatrix(page)});
+        // Built in place, as the glyph records are.
+        m_matrices.emplace_back(glyph, page, IsZeroMatrix(linear), IsZeroMatrix(page));
         return static_cast<UInt32>(m_matrices.size() - 1);
     }
     UInt32 GlyphCount() const { return static_cast<UInt32>(m_glyphs.size()); }

@@ -1,6 +1,7 @@
 #include "PDF/Text/PageCollector.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstring>
@@ -177,6 +178,7 @@ void PageCollector::ReadFont(const Font& font) {
     }
     m_ctx.font_obj = font.GetSDFObj();
     m_ctx.known_font = font.GetImpl();
+    m_ctx.metrics_valid = false;
 }
 
 bool PageCollector::SetContext(Element& e, CaptureElement& el) {
@@ -184,13 +186,33 @@ bool PageCollector::SetContext(Element& e, CaptureElement& el) {
     const Font& font = gs.GetFont();
     if (!font.GetImpl() || font.GetImpl() != m_ctx.known_font) ReadFont(font);
     m_ctx.page = e.GetTextMatrix() * e.GetCTM();
-    m_ctx.font_size = gs.GetFontSize();
-    if (!m_frames.Set(m_ctx.page, m_ctx.font_size, el)) return false;
-    m_ctx.horizontal_scale = gs.GetHorizontalScale() / 100.0;
+    // Size and scale stay in registers: read back from the context as a pair just after
+    // being written one by one, they stalled on every element.
+    const double size = gs.GetFontSize();
+    m_ctx.font_size = size;
+    if (!m_frames.Set(m_ctx.page, size, el)) return false;
+    const double hs = gs.GetHorizontalScale() / 100.0;
+    m_ctx.horizontal_scale = hs;
     m_ctx.render_mode = gs.GetTextRenderMode();
     el.adjustment = e.GetPosAdjustment();
 
-    const double size = m_ctx.font_size, hs = m_ctx.horizontal_scale;
+    // Most elements keep the font, size and scale of the one before: their frames too.
+    const UInt64 size_bits = std::bit_cast<UInt64>(size), hs_bits = std::bit_cast<UInt64>(hs);
+    if (!m_ctx.metrics_valid || size_bits != m_ctx.size_bits || hs_bits != m_ctx.hs_bits) {
+        SetMetrics(size, hs);
+        m_ctx.size_bits = size_bits;
+        m_ctx.hs_bits = hs_bits;
+        m_ctx.metrics_valid = true;
+    }
+    el.glyph = m_ctx.glyph;
+    el.font = m_ctx.font_obj;
+    el.order = m_element_counter;
+    el.clip = &Clip();
+    SetColor(e, el);
+    return true;
+}
+
+void PageCollector::SetMetrics(double size, double hs) {
     const Matrix2D scale(hs * size, 0, 0, size, 0, 0);
     if (m_ctx.type3) {
         const Matrix2D& fm = m_ctx.type3_matrix;
@@ -201,7 +223,7 @@ bool PageCollector::SetContext(Element& e, CaptureElement& el) {
             m_ctx.descent = size * bbox.y1 * fm.m_d;
             m_ctx.ascent = size * bbox.y2 * fm.m_d;
         }
-        el.glyph = fm * scale;
+        m_ctx.glyph = fm * scale;
     } else {
         double a = m_ctx.font_ascent, d = m_ctx.font_descent;
         if (std::fabs(a - d) < 1.0) {
@@ -213,13 +235,8 @@ bool PageCollector::SetContext(Element& e, CaptureElement& el) {
         double u = m_ctx.units_per_em;
         if (u == 0) u = 1000;
         // Outlines come with y growing downwards.
-        el.glyph = Matrix2D(1 / u, 0, 0, -1 / u, 0, 0) * scale;
+        m_ctx.glyph = Matrix2D(1 / u, 0, 0, -1 / u, 0, 0) * scale;
     }
-    el.font = m_ctx.font_obj;
-    el.order = m_element_counter;
-    el.clip = &Clip();
-    SetColor(e, el);
-    return true;
 }
 
 void PageCollector::SetColor(Element& e, CaptureElement& el) {
@@ -255,9 +272,9 @@ void PageCollector::TextElement(Element& e, FormSet& forms) {
     // A Type 3 glyph is measured in the context of the forms being walked: not remembered.
     FontGlyphs* known = m_ctx.type3 ? nullptr : &m_memo.For(font.GetSDFObj());
     GlyphInfo fresh;
-    // One record for all characters, each field set for each: a fresh one per character was
-    // zeroed first.
-    CaptureChar c;
+    // One record for all characters of all elements, each field set for each: a fresh one
+    // per character, or per element, was zeroed first.
+    CaptureChar& c = m_char;
     for (; it != end; ++it) {
         GlyphInfo& g = known ? known->At(it.char_code) : fresh;
         if (!g.known) {

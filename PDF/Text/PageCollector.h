@@ -54,6 +54,10 @@ private:
         int units_per_em = 0;
         Common::Matrix2D type3_matrix;
         Rect type3_bbox;
+        // What the font, size and scale give, for the size and scale of these bits.
+        bool metrics_valid = false;
+        UInt64 size_bits = 0, hs_bits = 0;
+        Common::Matrix2D glyph;  // S: glyph units to the text frame
     };
 
     void Walk(ElementReader& reader, FormSet& forms);
@@ -64,6 +68,8 @@ private:
     // Fills the context and the capture's element; false for a degenerate page matrix.
     bool SetContext(Element& e, CaptureElement& el);
     void ReadFont(const Font& font);
+    // Ascent, descent, the Type 3 scale and S of the font in force at `size` and scale `hs`.
+    void SetMetrics(double size, double hs);
     void SetColor(Element& e, CaptureElement& el);
     // The box that the advance of a character covers, in the text frame.
     Rect AdvanceBox(const CharData& ch);
@@ -83,6 +89,7 @@ private:
     std::vector<Rect> m_clips;
     TextContext m_ctx;
     ElementFrames m_frames;
+    CaptureChar m_char;
     UInt8 m_red = 0, m_green = 0, m_blue = 0;  // the fill colour of the element before
     ElementReader* mp_reader = nullptr;
 };
