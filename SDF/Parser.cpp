@@ -76,6 +76,36 @@ const UInt8 Parser::gl_char_class[256] = {
 
 // --- Numbers ---
 
+namespace {
+
+// The number of most content operands (an optional minus, at most nine digits, an optional
+// fraction) read in one pass where it stands: the end of its word, with `value` as
+// ParseNumberToken gives it, or null for any other form, or a word that does not end inside
+// the window within kShortNumber bytes.
+inline const UInt8* ParsePlainNumber(const UInt8* p, const UInt8* e, double& value) noexcept {
+    const UInt8* const lim = p + std::min<size_t>(size_t(e - p), kShortNumber);
+    const UInt8* q = p;
+    const bool negative = *q == '-';
+    q += negative;
+    UInt32 small = 0;
+    const UInt8* const digits_end = q + std::min<size_t>(size_t(lim - q), 9);
+    for (; q < digits_end && IsDigit(*q); ++q) small = small * 10 + UInt32(*q - '0');
+    double v = small;
+    if (q < lim && *q == '.') {
+        ++q;
+        double place = 0.1;
+        for (; q < lim && IsDigit(*q); ++q) {
+            v += (*q - '0') * place;
+            place *= 0.1;
+        }
+    }
+    if (q >= lim || !(Parser::gl_char_class[*q] & Parser::e_word_end)) return nullptr;
+    value = negative ? -v : v;
+    return q;
+}
+
+}  // namespace
+
 double ParseNumberToken(const char* s, size_t n) noexcept {
     size_t i = 0;
     bool negative = false;
@@ -341,12 +371,19 @@ bool Parser::GetObj() {
     const UInt8* p = m_stream.WindowBegin();
     const UInt8* const e = p + m_stream.WindowSize();
     if (p < e && (IsDigit(*p) || *p == '-' || *p == '.' || *p == '+')) {
-        const UInt8* q = p + 1;
-        const UInt8* const stop = p + std::min<size_t>(size_t(e - p), kShortNumber + 1);
-        while (q < stop && !(gl_char_class[*q] & e_word_end)) ++q;
-        if (q < stop) {
-            const double value = ParseNumberToken(reinterpret_cast<const char*>(p), size_t(q - p));
-            m_stream.Advance(size_t(q - p));
+        double value = 0;
+        const UInt8* end = ParsePlainNumber(p, e, value);
+        if (!end) {
+            const UInt8* q = p + 1;
+            const UInt8* const stop = p + std::min<size_t>(size_t(e - p), kShortNumber + 1);
+            while (q < stop && !(gl_char_class[*q] & e_word_end)) ++q;
+            if (q < stop) {
+                value = ParseNumberToken(reinterpret_cast<const char*>(p), size_t(q - p));
+                end = q;
+            }
+        }
+        if (end) {
+            m_stream.Advance(size_t(end - p));
             m_token_size = 0;
             m_token[0] = 0;
             Push(MakeNumber(value));

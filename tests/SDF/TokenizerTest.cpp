@@ -28,9 +28,36 @@ TEST(Tokenizer, NumberTokens) {
         {"5-3", 0},        {".", 0},          {"+", 0},         {"4294967295", 4294967295.0},
         {"4294967296", 4294967296.0},          {"1234567890123", 1234567890123.0},
         {"00000000000000000007", 7},
+        // Around the parser's one-pass reading of short plain numbers.
+        {"123456789", 123456789},             {"1234567890", 1234567890},
+        {"-123456789.5", -123456789.5},
     };
     for (const auto& c : cases)
         EXPECT_EQ(ParseNumberToken(c.token, std::strlen(c.token)), c.value) << c.token;
+}
+
+// A number operand read by the parser, where it stands in the window or through the token,
+// has the bits of ParseNumberToken's value of its word.
+TEST(Tokenizer, ParserNumbersMatchTheNumberReader) {
+    const std::string long_fraction = "2." + std::string(70, '3');
+    const char* words[] = {"0",    "-17",        "3.25",        ".5",          "-.5",   "5.",
+                           "-",    ".",          "--5",         "+5",          "1.-5",  "1234567890",
+                           "123456789", "-123456789.125", "0.1000000000000000055511151231257827",
+                           long_fraction.c_str()};
+    for (const char* w : words) {
+        const double want = ParseNumberToken(w, std::strlen(w));
+        for (const char* tail : {" ", "]", "%c\n"}) {
+            const std::string text = std::string(w) + tail;
+            for (size_t window : {0, 1, 3, 64}) {
+                lum::test::TrickleFilter trickle(std::vector<lum::UInt8>(text.begin(), text.end()),
+                                                 window ? window : text.size());
+                Parser p(nullptr, &trickle);
+                ASSERT_TRUE(p.GetObj()) << w << tail;
+                const double got = p.GetOperandStack().back()->GetNumber();
+                EXPECT_EQ(std::memcmp(&got, &want, sizeof got), 0) << w << tail << " " << window;
+            }
+        }
+    }
 }
 
 TEST(Tokenizer, NumberEdgeValues) {
