@@ -92,6 +92,7 @@ void TRun::Emit(EmitContext& ctx) {
                 // corner in registers: a quad written half by half and read back whole stalls
                 // on every glyph.
                 const auto& m = arena.Matrices(g.matrices).page;
+#pragma GCC unroll 4
                 for (int i = 0; i < 8; i += 2) {
                     const double x = g.tx[i / 2], y = extent_quad.v[i + 1] + g.y;
                     quad.v[i] = m.m_a * x + m.m_c * y + m.m_h;
