@@ -200,17 +200,35 @@ bool Parser::KeepSpare(Obj* obj) noexcept {
 
 void Parser::Recycle(Obj* obj) noexcept {
     if (!obj || obj->IsIndirect()) return;
-    if (KeepSpare(obj)) return;
-    if (obj->GetOwner() == nullptr && obj->GetType() == Obj::e_array) {
-        auto* array = static_cast<Array*>(obj);
-        if (m_spare_arrays.size() < Limits::kMaxSpareOperands &&
-            array->ParsedCapacity() <= Limits::kMaxSpareArrayItems) {
-            // One level only: values nested deeper go the usual way, so that this stays flat.
-            array->ReleaseParsed([this](Obj* item) {
-                if (item && !item->IsIndirect() && !KeepSpare(item)) delete item;
-            });
-            m_spare_arrays.push_back(array);
-            return;
+    // KeepSpare's tests, with the one type question that every operand costs asked once.
+    if (!obj->GetOwner()) {
+        switch (obj->GetType()) {
+            case Obj::e_number:
+                if (m_spare_numbers.size() == Limits::kMaxSpareOperands) break;
+                m_spare_numbers.push_back(static_cast<Number*>(obj));
+                return;
+            case Obj::e_string: {
+                auto* str = static_cast<Str*>(obj);
+                if (m_spare_strings.size() == Limits::kMaxSpareOperands ||
+                    str->ParsedCapacity() > Limits::kMaxSpareStringBytes)
+                    break;
+                m_spare_strings.push_back(str);
+                return;
+            }
+            case Obj::e_array: {
+                auto* array = static_cast<Array*>(obj);
+                if (m_spare_arrays.size() == Limits::kMaxSpareOperands ||
+                    array->ParsedCapacity() > Limits::kMaxSpareArrayItems)
+                    break;
+                // One level only: values nested deeper go the usual way, so that this stays flat.
+                array->ReleaseParsed([this](Obj* item) {
+                    if (item && !item->IsIndirect() && !KeepSpare(item)) delete item;
+                });
+                m_spare_arrays.push_back(array);
+                return;
+            }
+            default:
+                break;
         }
     }
     delete obj;
