@@ -129,11 +129,17 @@ void TextCapture::AddChar(const CaptureChar& c) {
     }
     Quad page_quad = QuadThrough(t, box);
     const Rect page_box = BoxAround(page_quad);
-    const Rect layout_box_raw = m_layout_is_page ? page_box : BoxAround(QuadThrough(d, box));
-    const Rect test_box = c.has_outline ? page_box : BoxAround(QuadThrough(t, c.advance_box));
-    if (!IsBounded(page_box, kMaxCoordinate) || !IsBounded(layout_box_raw, kMaxCoordinate))
+    if (!IsBounded(page_box, kMaxCoordinate)) return;
+    Rect layout_box_raw = page_box;
+    if (!m_layout_is_page) {
+        layout_box_raw = BoxAround(QuadThrough(d, box));
+        if (!IsBounded(layout_box_raw, kMaxCoordinate)) return;
+    }
+    if (c.has_outline) {
+        if (IsOutside(page_box, *m_el.clip)) return;
+    } else if (IsOutside(BoxAround(QuadThrough(t, c.advance_box)), *m_el.clip)) {
         return;
-    if (IsOutside(test_box, *m_el.clip)) return;
+    }
 
     if (mp_trace) {
         double ox = c.x, oy = c.y;
