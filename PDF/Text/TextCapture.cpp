@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstring>
 
 #include "Common/Limits.h"
 #include "PDF/Text/LayoutBuilder.h"
@@ -15,6 +16,11 @@ namespace {
 // Points. A glyph whose box reaches beyond this is passed over: no page is that large, and
 // beyond it the differences of the layout would overflow or lose all precision.
 constexpr double kMaxCoordinate = 1e9;
+
+bool SameBits(const Matrix2D& a, const Matrix2D& b) {
+    static_assert(sizeof(Matrix2D) == 6 * sizeof(double));
+    return std::memcmp(&a, &b, sizeof(Matrix2D)) == 0;
+}
 
 bool IsIdentity(const Matrix2D& m) {
     return ApproxEqual(m.m_a, 1) && ApproxEqual(m.m_b, 0) && ApproxEqual(m.m_c, 0) &&
@@ -80,6 +86,7 @@ void TextCapture::Reset(UInt32 flags, bool mirror_mode, double mirror_width) {
     }
     m_offset_counter = 0;
     m_pending_space = false;
+    m_frames_known = false;  // the arena's matrices went with the last page
     ClearFrag();
     mp_run = nullptr;
 }
@@ -88,14 +95,23 @@ void TextCapture::BeginElement(const CaptureElement& e) {
     m_el = e;
     ClearFrag();
     mp_run = nullptr;
-    m_m = e.page;
-    if (m_mirror_mode) {
-        m_m = e.page * m_mirror;
-        if (m_el.adjustment != 0) m_el.adjustment = -m_el.adjustment;
+    if (m_mirror_mode && m_el.adjustment != 0) m_el.adjustment = -m_el.adjustment;
+    // The strings of a TJ array, and often the elements of a line, have the matrices of the
+    // element before, bit for bit: what they give is kept, and so is their entry in the arena.
+    if (!m_frames_known || !SameBits(e.page, m_known_page) || !SameBits(e.glyph, m_known_glyph) ||
+        !SameBits(e.layout, m_known_layout)) {
+        m_m = e.page;
+        if (m_mirror_mode) m_m = e.page * m_mirror;
+        m_identity = IsIdentity(m_m);
+        m_axis = ApproxEqual(m_m.m_b, 0) && ApproxEqual(m_m.m_c, 0) &&
+                 DefinitelyGreater(m_m.m_a, 0) && DefinitelyGreater(m_m.m_d, 0);
+        m_matrices = m_arena.AddMatrices(e.glyph, m_m);
+        m_layout_is_page = e.layout == e.page;
+        m_known_page = e.page;
+        m_known_glyph = e.glyph;
+        m_known_layout = e.layout;
+        m_frames_known = true;
     }
-    m_identity = IsIdentity(m_m);
-    m_axis = ApproxEqual(m_m.m_b, 0) && ApproxEqual(m_m.m_c, 0) && DefinitelyGreater(m_m.m_a, 0) &&
-             DefinitelyGreater(m_m.m_d, 0);
     m_no_glyph_yet = true;
     m_box_empty = true;
     m_element_box = Rect();
@@ -103,8 +119,6 @@ void TextCapture::BeginElement(const CaptureElement& e) {
         m_pending_space = false;
         m_frag.flags |= e_space_before;
     }
-    m_matrices = m_arena.AddMatrices(e.glyph, m_m);
-    m_layout_is_page = e.layout == e.page;
 }
 
 void TextCapture::AddChar(const CaptureChar& c) {

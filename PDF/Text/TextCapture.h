@@ -135,6 +135,10 @@ private:
     bool m_axis = false;
     bool m_layout_is_page = false;  // D = T: upright text needs one box, not two
     UInt32 m_matrices = 0;
+    // The element matrices that m_m, m_identity, m_axis, m_layout_is_page and m_matrices
+    // were made from.
+    bool m_frames_known = false;
+    Matrix2D m_known_page, m_known_glyph, m_known_layout;
     bool m_no_glyph_yet = true;
     bool m_box_empty = true;
     Rect m_element_box;  // text frame
