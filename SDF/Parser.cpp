@@ -264,12 +264,9 @@ Obj* Parser::PopObjNoDelete() noexcept {
     return obj;
 }
 
-void Parser::Push(Obj* obj) {
-    if (m_operand_stack.size() >= Limits::kMaxOperandStack) [[unlikely]] {
-        DeleteDirect(obj);
-        LUM_FAIL("Too many values on the operand stack");
-    }
-    m_operand_stack.push_back(obj);
+void Parser::PushFailed(Obj* obj) {
+    DeleteDirect(obj);
+    LUM_FAIL("Too many values on the operand stack");
 }
 
 void Parser::Reset() {

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "Common/Limits.h"
 #include "Common/Types.h"
 #include "Filters/FilterReader.h"
 #include "SDF/Obj.h"
@@ -94,8 +95,13 @@ protected:
     // Called with the bytes of every string, before its Str is built.
     virtual void OnString(std::vector<UInt8>& bytes);
 
-    // Pushes a value; fails when the stack would pass its bound.
-    void Push(Obj* obj);
+    // Pushes a value; fails when the stack would pass its bound. Inline: most operands are
+    // numbers read in a few cycles each.
+    void Push(Obj* obj) {
+        if (m_operand_stack.size() >= Limits::kMaxOperandStack) [[unlikely]]
+            PushFailed(obj);
+        m_operand_stack.push_back(obj);
+    }
     // Destroys a spent value that does not belong to the table, or keeps it for reuse.
     void Recycle(Obj* obj) noexcept;
 
@@ -117,6 +123,8 @@ private:
     Array* MakeArray();
     // Keeps a spent number, string or array when there is room; false: the caller deletes it.
     bool KeepSpare(Obj* obj) noexcept;
+    // Destroys the value that found the stack full and raises.
+    [[noreturn]] void PushFailed(Obj* obj);
 
     // Reads the token that starts at the reader's position (white space passed over).
     void ReadWord();
