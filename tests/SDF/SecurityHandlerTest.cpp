@@ -16,6 +16,7 @@
 #include "SDF/CryptKeys.h"
 #include "SDF/Obj.h"
 #include "SDF/SecurityHandlerSetup.h"
+#include "SDF/ObjTestSupport.h"
 #include "SDF/SecurityTestPdf.h"
 #include "SDF/StdSecurityHandler.h"
 #include "support/TestSupport.h"
@@ -27,10 +28,7 @@ using SDF::Obj;
 using SDF::SecurityHandler;
 using Bytes = std::vector<UInt8>;
 
-Obj* Parse(const std::string& text) {
-    size_t pos = 0;
-    return test::ParseTestValue(text, pos);
-}
+Obj* Parse(const std::string& text) { return test::ParseValue(text).release(); }
 
 UString Pwd(const std::string& bytes) { return UString(bytes.data(), int(bytes.size()), enc_ascii); }
 

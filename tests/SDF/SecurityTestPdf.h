@@ -1,13 +1,11 @@
 #pragma once
-// A small reader of the encrypted test files, independent of the document store: it finds
-// every "N G obj" by scanning, parses direct values into SDF objects, and keeps the raw bytes
-// of streams. References become the referenced object's value when a resolver is given (the
-// trailer's Encrypt), else the number of the object. Enough for files written by qpdf; not a
-// PDF parser for anything else.
+// The objects of an encrypted test file, read without the document store: the parser walks
+// the file from the start and keeps every "N G obj" value with the raw bytes of its stream.
+// References stand as the number of their object; the trailer's Encrypt is resolved to a
+// copy of the dictionary it names. Enough for the files qpdf writes.
 #include <map>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "Common/Types.h"
 #include "SDF/Obj.h"
@@ -27,12 +25,10 @@ class TestPdf {
 public:
     explicit TestPdf(const std::string& bytes);
 
-    // The trailer dictionary (or the cross-reference stream's dictionary) with Encrypt
-    // resolved to a copy of the dictionary it references.
+    // The last trailer dictionary (or the cross-reference stream's dictionary).
     SDF::Obj* Trailer() const { return m_trailer.get(); }
-    SDF::Obj* Encrypt() const;
+    SDF::Obj* Encrypt() const { return m_trailer->FindObj(SDF::Name("Encrypt")); }
     const std::map<UInt32, TestObject>& Objects() const { return m_objects; }
-    const TestObject* Find(UInt32 num) const;
     // The first object whose dictionary has `key`, or null.
     const TestObject* FindWithKey(const char* key) const;
 
@@ -43,8 +39,5 @@ private:
 
 // The stream's bytes through the handler's decryption, and then through FlateDecode if asked.
 std::string DecryptStream(SDF::SecurityHandler& h, const TestObject& o, bool inflate = false);
-
-// Parses one direct value at `pos` (moved past it); references become their object number.
-SDF::Obj* ParseTestValue(const std::string& s, size_t& pos);
 
 }  // namespace lum::test
