@@ -1,23 +1,10 @@
 // ASCIIHexDecode, reading the input whole or, with the first byte odd, in 1 KiB windows.
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-
 #include "Filters/ASCIIHexDecode.h"
-#include "Filters/ExtBufInputFilter.h"
-#include "Filters/FilterReader.h"
-#include "Filters/ThreadSafeFilter.h"
-
-using namespace lum::Filters;
+#include "FilterFuzzSupport.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 1) return 0;
-    std::unique_ptr<Filter> f = std::make_unique<ExtBufInputFilter>(data + 1, size - 1);
-    if (data[0] & 1) f = std::make_unique<ThreadSafeFilter>(std::move(f));
-    ASCIIHexDecode d(std::move(f));
-    FilterReader r(&d);
-    uint8_t buf[777];
-    while (r.Read(buf, sizeof buf) > 0) {
-    }
+    lum::Filters::ASCIIHexDecode d(lum::fuzz::Input(data, size, 1, data[0] & 1));
+    lum::fuzz::Drain(d, 777);
     return 0;
 }

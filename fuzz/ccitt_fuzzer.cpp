@@ -2,14 +2,9 @@
 // Header: [flags][K][Columns lo][Columns hi][Rows lo][Rows hi][DamagedRowsBeforeError];
 // flags bit 0 EndOfLine, 1 EncodedByteAlign, 2 EndOfBlock, 3 BlackIs1. K is signed.
 // fuzz-run: seed-script tools/gen-image-seeds.py
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-
 #include "Common/Exception.h"
 #include "Filters/CCITTFaxDecode.h"
-#include "Filters/ExtBufInputFilter.h"
-#include "Filters/FilterReader.h"
+#include "FilterFuzzSupport.h"
 
 using namespace lum::Filters;
 
@@ -25,10 +20,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     p.rows = data[4] | (data[5] << 8);
     p.damaged_rows_before_error = data[6];
     try {
-        CCITTFaxDecode d(std::make_unique<ExtBufInputFilter>(data + 7, size - 7), p);
-        FilterReader r(&d);
-        uint8_t buf[4096];
-        for (size_t total = 0, n; total < (64u << 20) && (n = r.Read(buf, sizeof buf)) > 0;) total += n;
+        CCITTFaxDecode d(lum::fuzz::Input(data, size, 7), p);
+        lum::fuzz::Drain(d);
     } catch (const lum::Common::Exception&) {
         // Impossible run lengths raise; that is the decoder's answer, not a fault.
     }

@@ -2,14 +2,9 @@
 // Header: [width lo][width hi][height lo][height hi][globals length lo][globals length hi],
 // then the globals, then the page data.
 // fuzz-run: seed-script tools/gen-image-seeds.py
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-
 #include "Common/Exception.h"
-#include "Filters/ExtBufInputFilter.h"
-#include "Filters/FilterReader.h"
 #include "Filters/JBIG2Decode.h"
+#include "FilterFuzzSupport.h"
 
 using namespace lum::Filters;
 
@@ -24,12 +19,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::unique_ptr<Filter> g;
     if (globals) g = std::make_unique<ExtBufInputFilter>(data, globals);
     try {
-        JBIG2Decode d(std::make_unique<ExtBufInputFilter>(data + globals, size - globals), std::move(g),
-                      width, height);
-        FilterReader r(&d);
-        uint8_t buf[4096];
-        while (r.Read(buf, sizeof buf) > 0) {
-        }
+        JBIG2Decode d(lum::fuzz::Input(data, size, globals), std::move(g), width, height);
+        lum::fuzz::Drain(d);
     } catch (const lum::Common::Exception&) {
         // Every failure of the stage raises; that is its answer.
     }

@@ -1,16 +1,9 @@
 // The predictor stages alone, on raw rows. Header: [kind][colors][bits][columns lo][columns hi];
 // kind bit 0 chooses TIFF or PNG, bit 1 reads the input in 1 KiB windows.
-#include <cstddef>
-#include <cstdint>
 #include <exception>
-#include <memory>
 
-#include "Filters/ExtBufInputFilter.h"
-#include "Filters/FilterReader.h"
 #include "Filters/Predictor.h"
-#include "Filters/ThreadSafeFilter.h"
-
-using namespace lum::Filters;
+#include "FilterFuzzSupport.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 5) return 0;
@@ -18,16 +11,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const int bits = data[2] % 34;    // every width from 0 to 33, the bad ones raise
     // Up to 4095 columns: wider rows only cost time per input, they reach no new code.
     const int columns = data[3] | ((data[4] & 0x0F) << 8);
-    std::unique_ptr<Filter> f = std::make_unique<ExtBufInputFilter>(data + 5, size - 5);
-    if (data[0] & 2) f = std::make_unique<ThreadSafeFilter>(std::move(f));
+    std::unique_ptr<lum::Filters::Filter> f;
     try {
-        f = CreatePredictorFilter(std::move(f), (data[0] & 1) ? 2 : 10, columns, colors, bits);
+        f = lum::Filters::CreatePredictorFilter(lum::fuzz::Input(data, size, 5, data[0] & 2),
+                                                (data[0] & 1) ? 2 : 10, columns, colors, bits);
     } catch (const std::exception&) {
         return 0;
     }
-    FilterReader r(f.get());
-    uint8_t buf[1000];
-    while (r.Read(buf, sizeof buf) > 0) {
-    }
+    lum::fuzz::Drain(*f, 1000);
     return 0;
 }
