@@ -5,7 +5,6 @@
 // the substitute then draws: both roads run.
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 #include "Common/Exception.h"
@@ -13,25 +12,9 @@
 #include "PDF/Font/Font.h"
 #include "PDF/GlyphBoxCache.h"
 #include "SDF/Obj.h"
+#include "tests/PDF/ObjBuilder.h"
 
 using namespace lum;
-
-namespace {
-
-// Objects of one run: references without a document, their targets freed first.
-struct Pool {
-    std::vector<std::unique_ptr<SDF::Indirect>> refs;
-    SDF::Indirect* Ref(SDF::Obj* target) {
-        refs.push_back(std::make_unique<SDF::Indirect>(nullptr, UInt32(refs.size() + 1), 0, 0, 1));
-        refs.back()->SetTarget(target);
-        return refs.back().get();
-    }
-    ~Pool() {
-        for (auto& r : refs) SDF::DeleteDirect(r->ReleaseTarget());
-    }
-};
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const bool started = [] {
@@ -41,12 +24,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     (void)started;
     if (size < 1) return 0;
     const int kind = data[0] % 4;
-    Pool pool;
+    test::ObjPool pool;
     auto* stream_dict = new SDF::Dict();
     if (kind == 1) stream_dict->PutName("Subtype", "OpenType");
     if (kind == 2) stream_dict->PutName("Subtype", "Type1C");
     if (kind == 3) stream_dict->PutNumber("Length1", double(size - 1));
-    SDF::Indirect* program = pool.Ref(
+    SDF::Indirect* program = pool.NewRef(
         new SDF::FileStream(stream_dict, std::vector<UInt8>(data + 1, data + size)));
     auto* desc = new SDF::Dict();
     desc->PutName("Type", "FontDescriptor");
@@ -61,8 +44,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     font_dict->PutNumber("LastChar", 255);
     SDF::Obj* widths = font_dict->PutArray("Widths");
     for (int i = 0; i < 256; ++i) widths->PushBack(new SDF::Number(500));
-    font_dict->PutIndirect("FontDescriptor", pool.Ref(desc));
-    SDF::Indirect* font_ref = pool.Ref(font_dict);
+    font_dict->PutIndirect("FontDescriptor", pool.NewRef(desc));
+    SDF::Indirect* font_ref = pool.NewRef(font_dict);
     try {
         PDF::Font font(static_cast<SDF::Obj*>(font_ref));
         std::vector<UInt8> ops;
