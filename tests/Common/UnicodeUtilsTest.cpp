@@ -54,10 +54,8 @@ TEST(Utf8ToUtf16, ValidInput) {
         {"", {}},
         {"abc", {'a', 'b', 'c'}},
         {std::string("a\0b", 3), {'a', 0, 'b'}},
-        {"\xC3\xA9", {0xE9}},
         {"\xE2\x82\xAC", {0x20AC}},
         {"\xEF\xBF\xBF", {0xFFFF}},
-        {"\xF0\x9F\x98\x80", {0xD83D, 0xDE00}},
         {"\xF4\x8F\xBF\xBF", {0xDBFF, 0xDFFF}},
         {"x\xC3\xA9y\xF0\x9F\x98\x80z", {'x', 0xE9, 'y', 0xD83D, 0xDE00, 'z'}},
         {"\xC0\x80", {0}},            // overlong forms give their value
@@ -74,15 +72,11 @@ TEST(Utf8ToUtf16, InvalidInputRaises) {
         {"\xC3", kIncomplete},
         {"\xF0\x9F\x98", kIncomplete},
         {"\x80", kBadLength},          // stray continuation byte
-        {"ab\xBF", kBadLength},
-        {"\xF8\x88\x80\x80\x80", kBadLength},
         {"\xFF", kBadLength},
-        {"\xC3\x41", kBadData},
         {"\xE2\x82\x41", kBadData},
         {"\xED\xA0\x80", kSurrogate8},
         {"\xED\xBF\xBF", kSurrogate8},
         {"\xF4\x90\x80\x80", kRange8},
-        {"\xF7\xBF\xBF\xBF", kRange8},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.in);
@@ -114,7 +108,6 @@ TEST(Utf16ToUtf8, ValidInput) {
         std::string out;
     } cases[] = {
         {{}, ""},
-        {{'h', 'i'}, "hi"},
         {{0}, std::string(1, '\0')},
         {{0x7F, 0x80}, "\x7F\xC2\x80"},
         {{0x7FF, 0x800}, "\xDF\xBF\xE0\xA0\x80"},
@@ -133,7 +126,6 @@ TEST(Utf16ToUtf8, InvalidInputRaises) {
         Want want;
     } cases[] = {
         {{0xDC00}, kLowFirst},
-        {{'a', 0xDFFF, 'b'}, kLowFirst},
         {{0xD83D}, kIncomplete},
         {{'a', 'b', 0xDBFF}, kIncomplete},
     };

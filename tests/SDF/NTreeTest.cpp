@@ -187,7 +187,6 @@ TEST(NTree, KeyOrder) {
         {str("a"), str("ab"), -1},
         {str(""), str("a"), -1},
         {str(""), str(""), 0},
-        {str("abc"), str("abc"), 0},
         {str("\xff"), str("a"), 1},  // unsigned bytes
         {str(std::string("a\0b", 3)), str(std::string("a\0c", 3)), -1},
     };
