@@ -73,9 +73,6 @@ INSTANTIATE_TEST_SUITE_P(
         NamingCase{
             "DigitsZeroIsIgnored", {"--digits", "0", "--pages", "5-6"}, {"my_5.txt", "my_6.txt"}},
         NamingCase{"DigitsTwelveIsIgnored", {"--digits", "12", "--pages", "2"}, {"my.txt"}},
-        NamingCase{"NegativeDigitsIsIgnored",
-                   {"--digits", "-3", "--pages", "2,4"},
-                   {"my_2.txt", "my_4.txt"}},
         NamingCase{"XmlOnlyExactly", {"-f", "XML", "--pages", "1"}, {"my.xml"}},
         NamingCase{"OtherFormatIsTxt", {"-f", "wordlist", "--pages", "1"}, {"my.txt"}},
         NamingCase{"Prefix", {"--prefix", "pre", "--pages", "1,2"}, {"pre_1.txt", "pre_2.txt"}},
