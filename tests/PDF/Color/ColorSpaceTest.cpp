@@ -100,7 +100,7 @@ TEST(ColorSpaces, ToRGB) {
          {}, {1, 1, 1}, {255, 255, 255}},
         {"CalRGB components clamped before the gamma", "[/CalRGB << /WhitePoint [1 1 1] >>]", {},
          {-1, -1, -1}, {0, 0, 0}},
-        {"Lab L clamped to 100", "[/Lab << " + kD65 + " >>]", {}, {250, 0, 0}, {255, 255, 255}},
+        {"Lab L clamped to 100", "[/Lab << " + kD65 + " >>]", {}, {250, 60, 0}, {255, 201, 255}},
         {"Lab a clamped to its range", "[/Lab << " + kD65 + " /Range [-10 10 -10 10] >>]", {},
          {50, 128, 0}, {126, 103, 109}},
         {"Lab below 6/29 takes the linear piece", "[/Lab << " + kD65 + " >>]", {}, {0, 0, 0},
