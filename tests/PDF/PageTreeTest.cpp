@@ -8,7 +8,7 @@
 #include "Common/Exception.h"
 #include "Common/Limits.h"
 #include "PDF/PDFDoc.h"
-#include "PdfBuilder.h"
+#include "PDF/Content/ContentTestSupport.h"
 #include "SDF/Obj.h"
 #include "support/TestSupport.h"
 
@@ -21,16 +21,12 @@ namespace {
 const std::string kCatalog = "<< /Type /Catalog /Pages 2 0 R >>";
 const std::string kPage = "<< /Type /Page /Parent 2 0 R >>";
 
-// Opens `objects` as a file; the document lives as long as this object.
+// `objects` as a document in memory; object 1 is the catalog.
 struct Opened {
-    TempDir dir;
-    std::unique_ptr<PDFDoc> doc;
-    explicit Opened(const std::vector<std::string>& objects,
-                    const std::string& trailer = "/Root 1 0 R") {
-        const auto path = dir / "t.pdf";
-        WriteFile(path, BuildPdf(objects, trailer));
-        doc = std::make_unique<PDFDoc>(path.string());
-    }
+    explicit Opened(const std::vector<std::string>& objects, const std::string& trailer = "/Root 1 0 R")
+        : mem(BuildPdf(objects, trailer)), doc(&mem.Doc()) {}
+    MemoryDoc mem;
+    PDFDoc* doc;
 };
 
 // What an iterator stands on: the object number of its page, "blank" or "end".
@@ -162,7 +158,7 @@ TEST_P(PageTree, FindsPagesByNumber) {
     // Ascending lookups go on from the last page found; each page alone, from the root, and
     // in descending order must give the same answers.
     for (int p = static_cast<int>(c.pages.size()); p >= 1; --p) {
-        PageIterator fresh(f.doc.get(), f.doc->GetPagesRoot(), p);
+        PageIterator fresh(f.doc, f.doc->GetPagesRoot(), p);
         EXPECT_EQ(c.pages[p - 1], Describe(*f.doc, fresh)) << "page " << p;
         PageIterator descending = f.doc->GetPageIterator(p);
         EXPECT_EQ(c.pages[p - 1], Describe(*f.doc, descending)) << "page " << p;

@@ -6,6 +6,7 @@
 #include "Filters/ExtBufInputFilter.h"
 #include "Filters/FilterReader.h"
 #include "Filters/FlateDecode.h"
+#include "SDF/ObjTestSupport.h"
 #include "SDF/Parser.h"
 
 namespace lum::test {
@@ -88,10 +89,7 @@ std::string DecryptStream(SDF::SecurityHandler& h, const TestObject& o, bool inf
                                            reinterpret_cast<const UInt8*>(o.data.data()), o.data.size()),
                                        o.num, o.gen);
     if (inflate) chain = std::make_unique<Filters::FlateDecode>(std::move(chain));
-    Filters::FilterReader reader(chain.get());
-    std::string out;
-    for (int c; (c = reader.Get()) >= 0;) out += char(c);
-    return out;
+    return ReadAll(std::move(chain));
 }
 
 const TestObject* TestPdf::FindWithKey(const char* key) const {
